@@ -1,0 +1,190 @@
+#include "platform/canvas.h"
+
+#include "platform/painter_backend.h"
+
+#include <QFontMetrics>
+#include <QHash>
+#include <QPaintDevice>
+#include <QPaintEngine>
+#include <QPainter>
+#include <QWidget>
+
+namespace vde {
+
+namespace {
+
+constexpr int kDefaultCellHeight = 13;
+
+QFont BaseFont(const TFont& font) {
+    QFont f(font.Name);
+    f.setStyleHint(QFont::SansSerif);
+    f.setHintingPreference(QFont::PreferFullHinting);
+    return f;
+}
+
+// Largest pixel size whose cell (ascent + descent) fits the asked height; computed once per
+// family and height, since every label paint asks again.
+int PixelSizeForCell(const TFont& font, int cell) {
+    static QHash<QString, int> cache;
+    const QString key = font.Name + QLatin1Char('/') + QString::number(cell);
+    auto it = cache.constFind(key);
+    if (it != cache.constEnd())
+        return *it;
+    QFont f = BaseFont(font);
+    int best = 1;
+    for (int px = 1; px <= cell; ++px) {
+        f.setPixelSize(px);
+        if (QFontMetrics(f).height() <= cell)
+            best = px;
+        else
+            break;
+    }
+    cache.insert(key, best);
+    return best;
+}
+
+} // namespace
+
+QFont ToQFont(const TFont& font) {
+    QFont f = BaseFont(font);
+    int px;
+    if (font.Height > 0)
+        px = PixelSizeForCell(font, font.Height);
+    else if (font.Height < 0)
+        px = -font.Height;
+    else
+        px = PixelSizeForCell(font, kDefaultCellHeight);
+    f.setPixelSize(px < 1 ? 1 : px);
+    return f;
+}
+
+int FontTextWidth(const TFont& font, const QString& text) {
+    return QFontMetrics(ToQFont(font)).horizontalAdvance(text);
+}
+
+int FontTextHeight(const TFont& font) { return QFontMetrics(ToQFont(font)).height(); }
+
+int FontAscent(const TFont& font) { return QFontMetrics(ToQFont(font)).ascent(); }
+
+TCanvas::TCanvas() = default;
+
+TCanvas::~TCanvas() { ReleaseHandlePainter(); }
+
+void TCanvas::SetHandle(QPaintDevice* device) {
+    if (device == FHandle)
+        return;
+    ReleaseHandlePainter();
+    FHandle = device;
+}
+
+void TCanvas::ReleaseHandlePainter() {
+    FOwnBackend.reset();
+    if (FOwnPainter) {
+        FOwnPainter->end();
+        FOwnPainter.reset();
+    }
+    FForeignBackend.reset();
+    FForeignPainter = nullptr;
+}
+
+ICanvasBackend* TCanvas::Resolve() {
+    if (FBackend)
+        return FBackend;
+    if (!FHandle)
+        return nullptr;
+    if (FOwnPainter)
+        return FOwnBackend.get();
+    if (FHandle->paintingActive()) {
+        QPainter* p = FHandle->paintEngine() ? FHandle->paintEngine()->painter() : nullptr;
+        if (!p)
+            return nullptr;
+        if (p != FForeignPainter) {
+            FForeignPainter = p;
+            FForeignBackend = std::make_unique<TPainterBackend>(p);
+        }
+        return FForeignBackend.get();
+    }
+    // A widget can only be drawn on during its paint.
+    if (FHandle->devType() == QInternal::Widget)
+        return nullptr;
+    FOwnPainter = std::make_unique<QPainter>();
+    if (!FOwnPainter->begin(FHandle)) {
+        FOwnPainter.reset();
+        return nullptr;
+    }
+    FOwnBackend = std::make_unique<TPainterBackend>(FOwnPainter.get());
+    return FOwnBackend.get();
+}
+
+void TCanvas::Unresolved() {
+    if (OnRequestPaint) {
+        OnRequestPaint();
+    } else if (FHandle && FHandle->devType() == QInternal::Widget) {
+        static_cast<QWidget*>(FHandle)->update();
+    }
+}
+
+void TCanvas::MoveTo(int32_t x, int32_t y) {
+    PenPos = {x, y};
+    if (auto* b = Resolve())
+        b->MoveTo(PenPos);
+}
+
+void TCanvas::LineTo(int32_t x, int32_t y) {
+    const TPoint from = PenPos;
+    PenPos = {x, y};
+    if (auto* b = Resolve())
+        b->Line(from, PenPos, Pen);
+    else
+        Unresolved();
+}
+
+void TCanvas::Rectangle(int32_t l, int32_t t, int32_t r, int32_t b) {
+    if (auto* be = Resolve())
+        be->Rectangle({l, t, r, b}, Pen, Brush);
+    else
+        Unresolved();
+}
+
+void TCanvas::Ellipse(int32_t l, int32_t t, int32_t r, int32_t b) {
+    if (auto* be = Resolve())
+        be->Ellipse({l, t, r, b}, Pen, Brush);
+    else
+        Unresolved();
+}
+
+void TCanvas::Polygon(std::span<const TPoint> points) {
+    if (auto* b = Resolve())
+        b->Polygon(points, Pen, Brush);
+    else
+        Unresolved();
+}
+
+void TCanvas::Polyline(std::span<const TPoint> points) {
+    if (points.empty())
+        return;
+    MoveTo(points[0].X, points[0].Y);
+    for (size_t i = 1; i < points.size(); ++i)
+        LineTo(points[i].X, points[i].Y);
+}
+
+void TCanvas::FillRect(const TRect& r) {
+    if (auto* b = Resolve())
+        b->FillRect(r, Brush);
+    else
+        Unresolved();
+}
+
+void TCanvas::TextOut(int32_t x, int32_t y, const QString& text) {
+    if (auto* b = Resolve())
+        b->TextOut({x, y}, text, Font, Brush);
+    else
+        Unresolved();
+    PenPos = {x + TextWidth(text), y};
+}
+
+int TCanvas::TextWidth(const QString& text) const { return FontTextWidth(Font, text); }
+
+int TCanvas::TextHeight(const QString&) const { return FontTextHeight(Font); }
+
+} // namespace vde

@@ -1,0 +1,135 @@
+#pragma once
+// A drawing surface with the classic raster conventions:
+//  - a rectangle or ellipse given as (L, T, R, B) covers columns L..R-1 and rows T..B-1;
+//  - LineTo with a 1-pixel pen does not draw its end pixel;
+//  - a pen of width w > 1 is a w x w square centred on the line (offsets -w/2 .. w-1-w/2),
+//    stamped along it from start to end inclusive, so the corners of a wire join cleanly;
+//  - TextOut fills the text cell with the brush (unless the brush is clear), then draws the text
+//    with its top-left corner at the given point; TextWidth/TextHeight measure that same cell.
+// Drawing goes through a backend: a QPainter (a widget during its paint, an image, an SVG
+// generator, a printer) or a recorder that logs every operation for exact tests.
+
+#include "platform/colors.h"
+#include "platform/types.h"
+
+#include <QFont>
+#include <QString>
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+class QPainter;
+class QPaintDevice;
+class QWidget;
+
+namespace vde {
+
+enum TPenStyle : uint8_t {
+    psSolid,
+    psDash,
+    psDot,
+    psDashDot,
+    psDashDotDot,
+    psClear,
+    psInsideFrame
+};
+enum TBrushStyle : uint8_t { bsSolid, bsClear };
+
+struct TPen {
+    int32_t Width = 1;
+    TColor Color = clBlack;
+    TPenStyle Style = psSolid;
+    friend bool operator==(const TPen&, const TPen&) = default;
+};
+
+struct TBrush {
+    TColor Color = clWhite;
+    TBrushStyle Style = bsSolid;
+    friend bool operator==(const TBrush&, const TBrush&) = default;
+};
+
+// Height > 0 is the cell height (ascent + descent) in pixels, < 0 the character (em) height,
+// 0 the default of 13 pixels cell height.
+struct TFont {
+    QString Name = QStringLiteral("DejaVu Sans");
+    int32_t Height = -11;
+    TColor Color = clWindowText;
+    friend bool operator==(const TFont&, const TFont&) = default;
+};
+
+// The Qt font that a TFont draws with, and its metrics; shared by every backend so that
+// measuring never depends on where the text goes. Needs a QGuiApplication.
+QFont ToQFont(const TFont& font);
+int FontTextWidth(const TFont& font, const QString& text);
+int FontTextHeight(const TFont& font);
+int FontAscent(const TFont& font);
+
+class ICanvasBackend {
+public:
+    virtual ~ICanvasBackend() = default;
+    virtual void MoveTo(TPoint p) = 0;
+    // A line from `from` to `to` with the raster conventions above.
+    virtual void Line(TPoint from, TPoint to, const TPen& pen) = 0;
+    virtual void Rectangle(const TRect& r, const TPen& pen, const TBrush& brush) = 0;
+    virtual void Ellipse(const TRect& r, const TPen& pen, const TBrush& brush) = 0;
+    virtual void Polygon(std::span<const TPoint> points, const TPen& pen, const TBrush& brush) = 0;
+    virtual void FillRect(const TRect& r, const TBrush& brush) = 0;
+    virtual void TextOut(TPoint p, const QString& text, const TFont& font,
+                         const TBrush& brush) = 0;
+};
+
+class TCanvas {
+public:
+    TCanvas();
+    ~TCanvas();
+    TCanvas(const TCanvas&) = delete;
+    TCanvas& operator=(const TCanvas&) = delete;
+
+    TPen Pen;
+    TBrush Brush;
+    TFont Font;
+    TPoint PenPos;
+
+    void MoveTo(int32_t x, int32_t y);
+    void LineTo(int32_t x, int32_t y);
+    void Rectangle(int32_t l, int32_t t, int32_t r, int32_t b);
+    void Rectangle(const TRect& r) { Rectangle(r.Left, r.Top, r.Right, r.Bottom); }
+    void Ellipse(int32_t l, int32_t t, int32_t r, int32_t b);
+    void Ellipse(const TRect& r) { Ellipse(r.Left, r.Top, r.Right, r.Bottom); }
+    void Polygon(std::span<const TPoint> points);
+    void Polyline(std::span<const TPoint> points);
+    void FillRect(const TRect& r);
+    void TextOut(int32_t x, int32_t y, const QString& text);
+    int TextWidth(const QString& text) const;
+    int TextHeight(const QString& text) const;
+
+    // An explicit backend (a recorder, or a painter the caller holds); not owned.
+    void SetBackend(ICanvasBackend* backend) { FBackend = backend; }
+    ICanvasBackend* Backend() const { return FBackend; }
+
+    // "A device context": the canvas draws on the device. While someone paints on the device
+    // (a widget in its paint event, an image the host paints on) the canvas uses that painter;
+    // a widget outside its paint is asked to repaint instead; any other device gets a painter
+    // of the canvas's own, kept open until the handle changes or the canvas goes.
+    void SetHandle(QPaintDevice* device);
+    QPaintDevice* Handle() const { return FHandle; }
+    // Ends the canvas's own painter, if any, so an SVG file or printer page is finished.
+    void ReleaseHandlePainter();
+
+    // Called, when assigned, for drawing that found nowhere to draw.
+    std::function<void()> OnRequestPaint;
+
+private:
+    ICanvasBackend* Resolve();
+    void Unresolved();
+
+    ICanvasBackend* FBackend = nullptr;
+    QPaintDevice* FHandle = nullptr;
+    std::unique_ptr<QPainter> FOwnPainter;
+    std::unique_ptr<ICanvasBackend> FOwnBackend;
+    QPainter* FForeignPainter = nullptr;
+    std::unique_ptr<ICanvasBackend> FForeignBackend;
+};
+
+} // namespace vde

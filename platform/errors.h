@@ -1,0 +1,52 @@
+#pragma once
+// Typed errors mirroring the platform's error classes; every one carries a readable message.
+
+#include <QString>
+#include <stdexcept>
+#include <string>
+
+namespace vde {
+
+class Exception : public std::runtime_error {
+public:
+    explicit Exception(const QString& message)
+        : std::runtime_error(message.toStdString()), FMessage(message) {}
+    const QString& Message() const { return FMessage; }
+
+private:
+    QString FMessage;
+};
+
+#define VDE_DECLARE_ERROR(Name, Base)                                                              \
+    class Name : public Base {                                                                     \
+    public:                                                                                        \
+        using Base::Base;                                                                          \
+    };
+
+VDE_DECLARE_ERROR(EConvertError, Exception)
+VDE_DECLARE_ERROR(EStreamError, Exception)
+VDE_DECLARE_ERROR(EReadError, EStreamError)
+VDE_DECLARE_ERROR(EWriteError, EStreamError)
+VDE_DECLARE_ERROR(EFOpenError, EStreamError)
+VDE_DECLARE_ERROR(EFCreateError, EStreamError)
+VDE_DECLARE_ERROR(EListError, Exception)
+VDE_DECLARE_ERROR(EInvalidCast, Exception)
+VDE_DECLARE_ERROR(EComponentError, Exception)
+VDE_DECLARE_ERROR(EDatabaseError, Exception)
+VDE_DECLARE_ERROR(EInvalidOperation, Exception)
+
+#undef VDE_DECLARE_ERROR
+
+// A record that cannot be read: names what was wrong and the byte offset where it was met.
+class EFormatError : public EReadError {
+public:
+    EFormatError(const QString& what, int64_t offset)
+        : EReadError(QStringLiteral("%1 at byte offset %2").arg(what).arg(offset)),
+          FOffset(offset) {}
+    int64_t Offset() const { return FOffset; }
+
+private:
+    int64_t FOffset;
+};
+
+} // namespace vde

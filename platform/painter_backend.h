@@ -1,0 +1,30 @@
+#pragma once
+// Draws canvas operations through a QPainter. On raster devices (images, widgets, pixmaps)
+// lines and rectangle frames are laid pixel by pixel so the raster conventions hold exactly;
+// on vector devices (SVG, printers) the same shapes go out as vector primitives.
+
+#include "platform/canvas.h"
+
+class QPainter;
+
+namespace vde {
+
+class TPainterBackend : public ICanvasBackend {
+public:
+    explicit TPainterBackend(QPainter* painter);
+    void MoveTo(TPoint) override {}
+    void Line(TPoint from, TPoint to, const TPen& pen) override;
+    void Rectangle(const TRect& r, const TPen& pen, const TBrush& brush) override;
+    void Ellipse(const TRect& r, const TPen& pen, const TBrush& brush) override;
+    void Polygon(std::span<const TPoint> points, const TPen& pen, const TBrush& brush) override;
+    void FillRect(const TRect& r, const TBrush& brush) override;
+    void TextOut(TPoint p, const QString& text, const TFont& font, const TBrush& brush) override;
+
+private:
+    void Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd);
+    void Stamp(int x, int y, int w, const QColor& c);
+    QPainter* FPainter;
+    bool FRaster;
+};
+
+} // namespace vde

@@ -1,0 +1,95 @@
+#pragma once
+// Byte streams. Read/Write may transfer less than asked and say how much; ReadBuffer/WriteBuffer
+// raise on a short transfer. Numbers are little-endian whatever the host. The record helpers
+// check every count against the bytes that remain before anything is allocated.
+
+#include "platform/types.h"
+
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class QIODevice;
+
+namespace vde {
+
+enum TSeekOrigin { soBeginning, soCurrent, soEnd };
+
+class TStream {
+public:
+    virtual ~TStream() = default;
+    virtual int64_t Read(void* buffer, int64_t count) = 0;
+    virtual int64_t Write(const void* buffer, int64_t count) = 0;
+    virtual int64_t Seek(int64_t offset, TSeekOrigin origin) = 0;
+    virtual void SetSize(int64_t newSize) = 0;
+
+    int64_t Position() { return Seek(0, soCurrent); }
+    void SetPosition(int64_t pos) { Seek(pos, soBeginning); }
+    int64_t Size();
+    int64_t Remaining() { return Size() - Position(); }
+
+    void ReadBuffer(void* buffer, int64_t count);
+    void WriteBuffer(const void* buffer, int64_t count);
+    // Copies Count bytes from Source's position; Count 0 copies all of Source from its start.
+    int64_t CopyFrom(TStream& source, int64_t count);
+
+    uint8_t ReadByte();
+    int32_t ReadInt32();
+    uint32_t ReadUInt32();
+    void WriteByte(uint8_t v);
+    void WriteInt32(int32_t v);
+    void WriteUInt32(uint32_t v);
+    // Str: Int count of UTF-16 units, then the units; a count <= 0 reads as the empty string.
+    QString ReadStr();
+    void WriteStr(const QString& s);
+    // A count of records of elementSize bytes each: an EFormatError naming `what` and the offset
+    // when more records are announced than the remaining bytes could hold.
+    int32_t ReadCount(const char* what, int64_t elementSize);
+};
+
+class TMemoryStream : public TStream {
+public:
+    TMemoryStream() = default;
+    explicit TMemoryStream(std::vector<uint8_t> bytes) : FData(std::move(bytes)) {}
+    int64_t Read(void* buffer, int64_t count) override;
+    int64_t Write(const void* buffer, int64_t count) override;
+    int64_t Seek(int64_t offset, TSeekOrigin origin) override;
+    void SetSize(int64_t newSize) override;
+    void Clear() { FData.clear(), FPos = 0; }
+
+    const std::vector<uint8_t>& Bytes() const { return FData; }
+    const uint8_t* Memory() const { return FData.data(); }
+    void Reserve(int64_t n) { FData.reserve(size_t(n)); }
+
+private:
+    std::vector<uint8_t> FData;
+    int64_t FPos = 0;
+};
+
+// Over any open QIODevice (a QFile, a QSaveFile, a QBuffer); the device is not owned.
+class TDeviceStream : public TStream {
+public:
+    explicit TDeviceStream(QIODevice* device) : FDevice(device) {}
+    int64_t Read(void* buffer, int64_t count) override;
+    int64_t Write(const void* buffer, int64_t count) override;
+    int64_t Seek(int64_t offset, TSeekOrigin origin) override;
+    void SetSize(int64_t newSize) override;
+
+protected:
+    QIODevice* FDevice;
+};
+
+enum TFileMode { fmCreate, fmOpenRead, fmOpenWrite, fmOpenReadWrite };
+
+class TFileStream : public TDeviceStream {
+public:
+    // Raises EFCreateError / EFOpenError with the file name and the system's reason.
+    TFileStream(const QString& fileName, TFileMode mode);
+    ~TFileStream() override;
+
+private:
+    std::unique_ptr<QIODevice> FFile;
+};
+
+} // namespace vde

@@ -1,0 +1,97 @@
+#include "platform/controls.h"
+#include "platform/input_state.h"
+
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace vde;
+
+TEST(GraphicControl, MouseEventsGoToHandlers) {
+    QWidget parent;
+    parent.resize(100, 100);
+    TGraphicControl g(&parent);
+    g.setGeometry(10, 10, 50, 50);
+    parent.show();
+    std::vector<QString> log;
+    g.MouseHandlers.OnMouseDown = [&](QObject* s, TMouseButton b, TShiftState sh, int x, int y) {
+        EXPECT_EQ(s, &g);
+        log.push_back(QStringLiteral("down %1 %2 %3,%4").arg(int(b)).arg(int(sh)).arg(x).arg(y));
+    };
+    g.MouseHandlers.OnMouseUp = [&](QObject*, TMouseButton b, TShiftState, int x, int y) {
+        log.push_back(QStringLiteral("up %1 %2,%3").arg(int(b)).arg(x).arg(y));
+    };
+    QTest::mousePress(&g, Qt::RightButton, Qt::ShiftModifier, QPoint(5, 6));
+    QTest::mouseRelease(&g, Qt::RightButton, Qt::NoModifier, QPoint(7, 8));
+    ASSERT_EQ(log.size(), 2u);
+    EXPECT_EQ(log[0], QStringLiteral("down 1 %1 5,6").arg(int(ssShift | ssRight)));
+    EXPECT_EQ(log[1], QStringLiteral("up 1 7,8"));
+}
+
+TEST(GraphicControl, IsNotAWindowedControl) {
+    QWidget parent;
+    TGraphicControl g(&parent);
+    EXPECT_FALSE(IsWindowedControl(&g));
+    EXPECT_TRUE(IsWindowedControl(&parent));
+    QObject plain;
+    EXPECT_FALSE(IsWindowedControl(&plain));
+}
+
+TEST(ForeignControl, HookReplacesAndReleasesItsMouseHandling) {
+    QWidget parent;
+    parent.resize(200, 100);
+    auto* button = new QPushButton(QStringLiteral("Go"), &parent);
+    button->setGeometry(10, 10, 80, 30);
+    parent.show();
+    QSignalSpy clicked(button, &QPushButton::clicked);
+    int downs = 0;
+    TMouseHandlers h;
+    h.OnMouseDown = [&](QObject* s, TMouseButton, TShiftState, int, int) {
+        EXPECT_EQ(s, button);
+        ++downs;
+    };
+    SetMouseHandlers(button, h);
+    EXPECT_TRUE(HasMouseHook(button));
+    QTest::mouseClick(button, Qt::LeftButton);
+    EXPECT_EQ(downs, 1);
+    EXPECT_EQ(clicked.count(), 0);
+    SetMouseHandlers(button, {});
+    EXPECT_FALSE(HasMouseHook(button));
+    QTest::mouseClick(button, Qt::LeftButton);
+    EXPECT_EQ(downs, 1);
+    EXPECT_EQ(clicked.count(), 1);
+}
+
+TEST(Bounds, BoundsRectAndScreenMapping) {
+    QWidget parent;
+    parent.move(100, 50);
+    auto* child = new QWidget(&parent);
+    SetBounds(child, 10, 20, 30, 40);
+    EXPECT_EQ(BoundsRect(child), (TRect{10, 20, 40, 60}));
+    parent.show();
+    const TPoint s = ClientToScreen(&parent, {10, 20});
+    EXPECT_EQ(ScreenToClient(&parent, s), (TPoint{10, 20}));
+}
+
+TEST(InputState, ScriptedStateIsInstalledAndLogs) {
+    TScriptedInputState s;
+    s.Pos = {3, 4};
+    {
+        TScopedInputState guard(&s);
+        EXPECT_EQ(InputState().CursorPos(), (TPoint{3, 4}));
+        InputState().SetScreenCursor(crSizeAll);
+        InputState().ReleaseCapture();
+    }
+    EXPECT_EQ(s.Log, QStringList({"Cursor -22", "Release"}));
+    EXPECT_NE(&InputState(), &s);
+}
+
+TEST(InputState, CursorConstantsMapToQtShapes) {
+    EXPECT_EQ(CursorShape(crSizeNWSE), Qt::SizeFDiagCursor);
+    EXPECT_EQ(CursorShape(crSizeNESW), Qt::SizeBDiagCursor);
+    EXPECT_EQ(CursorShape(crSizeNS), Qt::SizeVerCursor);
+    EXPECT_EQ(CursorShape(crSizeWE), Qt::SizeHorCursor);
+    EXPECT_EQ(CursorShape(crSizeAll), Qt::SizeAllCursor);
+    EXPECT_EQ(CursorShape(crDefault), Qt::ArrowCursor);
+}
