@@ -28,7 +28,9 @@ QString TrimBlanks(const QString& s) {
 }
 
 // Drops the two-letter prefix of an enumeration value's name.
-QString WithoutPrefix(const QString& name) { return name.right(name.size() - 2); }
+QString WithoutPrefix(const QString& name) {
+    return name.right(name.size() - 2);
+}
 
 } // namespace
 
@@ -37,7 +39,9 @@ TPoint StrToPoint(const QString& S) {
     return {StrToInt(p[0]), StrToInt(p[1])};
 }
 
-QString PointToStr(const TPoint& P) { return QStringLiteral("%1,%2").arg(P.X).arg(P.Y); }
+QString PointToStr(const TPoint& P) {
+    return QStringLiteral("%1,%2").arg(P.X).arg(P.Y);
+}
 
 LongRec StrToLongRec(const QString& S) {
     const QStringList p = TwoPieces(S, "segment address");
@@ -47,7 +51,9 @@ LongRec StrToLongRec(const QString& S) {
     return r;
 }
 
-QString LongRecToStr(const LongRec& R) { return QStringLiteral("%1,%2").arg(R.Hi).arg(R.Lo); }
+QString LongRecToStr(const LongRec& R) {
+    return QStringLiteral("%1,%2").arg(R.Hi).arg(R.Lo);
+}
 
 QString IntArrayToString(const int32_t* A, int Count) {
     QString s;
@@ -71,9 +77,13 @@ QString GoodDiagObjTypeName(int Value) {
     return WithoutPrefix(GetEnumName<TDiagObjectType>(Value));
 }
 
-int GoodMarkerTypeCount() { return EnumCount<TIOType>(); }
+int GoodMarkerTypeCount() {
+    return EnumCount<TIOType>();
+}
 
-QString GoodMarkerTypeName(int Value) { return WithoutPrefix(GetEnumName<TIOType>(Value)); }
+QString GoodMarkerTypeName(int Value) {
+    return WithoutPrefix(GetEnumName<TIOType>(Value));
+}
 
 void DefaultObjectSize(TDiagObjectType ObjType, TPoint& Size) {
     switch (ObjType) {

@@ -62,13 +62,19 @@ int FontTextWidth(const TFont& font, const QString& text) {
     return QFontMetrics(ToQFont(font)).horizontalAdvance(text);
 }
 
-int FontTextHeight(const TFont& font) { return QFontMetrics(ToQFont(font)).height(); }
+int FontTextHeight(const TFont& font) {
+    return QFontMetrics(ToQFont(font)).height();
+}
 
-int FontAscent(const TFont& font) { return QFontMetrics(ToQFont(font)).ascent(); }
+int FontAscent(const TFont& font) {
+    return QFontMetrics(ToQFont(font)).ascent();
+}
 
 TCanvas::TCanvas() = default;
 
-TCanvas::~TCanvas() { ReleaseHandlePainter(); }
+TCanvas::~TCanvas() {
+    ReleaseHandlePainter();
+}
 
 void TCanvas::SetHandle(QPaintDevice* device) {
     if (device == FHandle)
@@ -183,8 +189,12 @@ void TCanvas::TextOut(int32_t x, int32_t y, const QString& text) {
     PenPos = {x + TextWidth(text), y};
 }
 
-int TCanvas::TextWidth(const QString& text) const { return FontTextWidth(Font, text); }
+int TCanvas::TextWidth(const QString& text) const {
+    return FontTextWidth(Font, text);
+}
 
-int TCanvas::TextHeight(const QString&) const { return FontTextHeight(Font); }
+int TCanvas::TextHeight(const QString&) const {
+    return FontTextHeight(Font);
+}
 
 } // namespace vde

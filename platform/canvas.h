@@ -75,8 +75,7 @@ public:
     virtual void Ellipse(const TRect& r, const TPen& pen, const TBrush& brush) = 0;
     virtual void Polygon(std::span<const TPoint> points, const TPen& pen, const TBrush& brush) = 0;
     virtual void FillRect(const TRect& r, const TBrush& brush) = 0;
-    virtual void TextOut(TPoint p, const QString& text, const TFont& font,
-                         const TBrush& brush) = 0;
+    virtual void TextOut(TPoint p, const QString& text, const TFont& font, const TBrush& brush) = 0;
 };
 
 class TCanvas {

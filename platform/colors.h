@@ -37,7 +37,9 @@ constexpr TColor clGrayText = clSystemColor | 17;
 constexpr TColor clBtnText = clSystemColor | 18;
 constexpr TColor clBtnHighlight = clSystemColor | 20;
 
-inline bool IsSystemColor(TColor c) { return (c & 0xFF000000u) == clSystemColor; }
+inline bool IsSystemColor(TColor c) {
+    return (c & 0xFF000000u) == clSystemColor;
+}
 
 // RGB value of a colour: system colours resolve through the application's palette
 // (so blocks blend with the host's style), plain colours are taken as they are.

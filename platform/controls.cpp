@@ -2,6 +2,7 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <algorithm>
 
 namespace vde {
 
@@ -111,8 +112,12 @@ void TGraphicControl::paintEvent(QPaintEvent*) {
     FCanvas.ReleaseHandlePainter();
 }
 
-void TGraphicControl::mousePressEvent(QMouseEvent* e) { Dispatch(this, TMouseHandlers(MouseHandlers), e); }
-void TGraphicControl::mouseMoveEvent(QMouseEvent* e) { Dispatch(this, TMouseHandlers(MouseHandlers), e); }
+void TGraphicControl::mousePressEvent(QMouseEvent* e) {
+    Dispatch(this, TMouseHandlers(MouseHandlers), e);
+}
+void TGraphicControl::mouseMoveEvent(QMouseEvent* e) {
+    Dispatch(this, TMouseHandlers(MouseHandlers), e);
+}
 void TGraphicControl::mouseReleaseEvent(QMouseEvent* e) {
     Dispatch(this, TMouseHandlers(MouseHandlers), e);
 }
@@ -121,7 +126,8 @@ void TGraphicControl::mouseDoubleClickEvent(QMouseEvent* e) {
 }
 
 bool IsWindowedControl(const QObject* object) {
-    return object && object->isWidgetType() && dynamic_cast<const TGraphicControl*>(object) == nullptr;
+    return object && object->isWidgetType() &&
+           dynamic_cast<const TGraphicControl*>(object) == nullptr;
 }
 
 TRect BoundsRect(const QWidget* w) {
@@ -130,7 +136,11 @@ TRect BoundsRect(const QWidget* w) {
 }
 
 void SetBounds(QWidget* w, int32_t left, int32_t top, int32_t width, int32_t height) {
-    w->setGeometry(left, top, width, height);
+    // Qt keeps geometry within +-2^24; beyond that its own arithmetic would overflow. A negative
+    // size is handed on and Qt makes it empty.
+    constexpr int32_t lim = 16777215;
+    w->setGeometry(std::clamp(left, -lim, lim), std::clamp(top, -lim, lim),
+                   std::clamp(width, -lim, lim), std::clamp(height, -lim, lim));
 }
 
 TPoint ClientToScreen(const QWidget* w, TPoint p) {
@@ -171,6 +181,8 @@ TMouseHandlers GetMouseHandlers(QWidget* w) {
     return {};
 }
 
-bool HasMouseHook(const QWidget* w) { return FindHook(w) != nullptr; }
+bool HasMouseHook(const QWidget* w) {
+    return FindHook(w) != nullptr;
+}
 
 } // namespace vde

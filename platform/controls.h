@@ -15,8 +15,8 @@ namespace vde {
 enum TMouseButton : uint8_t { mbLeft, mbRight, mbMiddle };
 
 using TShiftState = uint8_t;
-constexpr TShiftState ssShift = 1, ssAlt = 2, ssCtrl = 4, ssLeft = 8, ssRight = 16,
-                      ssMiddle = 32, ssDouble = 64;
+constexpr TShiftState ssShift = 1, ssAlt = 2, ssCtrl = 4, ssLeft = 8, ssRight = 16, ssMiddle = 32,
+                      ssDouble = 64;
 
 using TNotifyEvent = std::function<void(QObject* Sender)>;
 using TMouseEvent =

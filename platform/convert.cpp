@@ -35,6 +35,8 @@ int32_t StrToInt(const QString& s) {
     return static_cast<int32_t>(value);
 }
 
-QString IntToStr(int64_t v) { return QString::number(v); }
+QString IntToStr(int64_t v) {
+    return QString::number(v);
+}
 
 } // namespace vde

@@ -9,7 +9,9 @@ namespace vde {
 // Specialise with a `static constexpr std::array<const char*, N> Names`.
 template <class E> struct TEnumInfo;
 
-template <class E> int EnumCount() { return int(TEnumInfo<E>::Names.size()); }
+template <class E> int EnumCount() {
+    return int(TEnumInfo<E>::Names.size());
+}
 
 // The value's name, or its number when it is outside the enumeration.
 template <class E> QString GetEnumName(int value) {

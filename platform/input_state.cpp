@@ -58,9 +58,13 @@ TQtInputState& QtState() {
 IInputState* g_state = nullptr;
 } // namespace
 
-IInputState& InputState() { return g_state ? *g_state : QtState(); }
+IInputState& InputState() {
+    return g_state ? *g_state : QtState();
+}
 
-void SetInputState(IInputState* state) { g_state = state; }
+void SetInputState(IInputState* state) {
+    g_state = state;
+}
 
 TPoint TQtInputState::CursorPos() {
     const QPoint p = QCursor::pos();
@@ -96,7 +100,9 @@ void TQtInputState::ReleaseCapture() {
         g->releaseMouse();
 }
 
-QWidget* TQtInputState::Capture() { return QWidget::mouseGrabber(); }
+QWidget* TQtInputState::Capture() {
+    return QWidget::mouseGrabber();
+}
 
 void TScriptedInputState::SetScreenCursor(TCursor cursor) {
     Cursor = cursor;

@@ -46,7 +46,8 @@ struct StateGuard {
 
 } // namespace
 
-TPainterBackend::TPainterBackend(QPainter* painter) : FPainter(painter), FRaster(IsRaster(painter)) {}
+TPainterBackend::TPainterBackend(QPainter* painter)
+    : FPainter(painter), FRaster(IsRaster(painter)) {}
 
 void TPainterBackend::Stamp(int x, int y, int w, const QColor& c) {
     const int off = w / 2;

@@ -4,8 +4,12 @@ namespace vde {
 
 namespace {
 
-QString Hex(TColor c) { return QStringLiteral("$%1").arg(c, 6, 16, QLatin1Char('0')).toUpper(); }
-QString Pt(TPoint p) { return QStringLiteral("%1,%2").arg(p.X).arg(p.Y); }
+QString Hex(TColor c) {
+    return QStringLiteral("$%1").arg(c, 6, 16, QLatin1Char('0')).toUpper();
+}
+QString Pt(TPoint p) {
+    return QStringLiteral("%1,%2").arg(p.X).arg(p.Y);
+}
 QString Rc(const TRect& r) {
     return QStringLiteral("%1,%2,%3,%4").arg(r.Left).arg(r.Top).arg(r.Right).arg(r.Bottom);
 }
@@ -16,7 +20,8 @@ QString PenText(const TPen& p) {
     return s;
 }
 QString BrushText(const TBrush& b) {
-    return b.Style == bsClear ? QStringLiteral(" bclear") : QStringLiteral(" b%1").arg(Hex(b.Color));
+    return b.Style == bsClear ? QStringLiteral(" bclear")
+                              : QStringLiteral(" b%1").arg(Hex(b.Color));
 }
 
 } // namespace

@@ -18,7 +18,8 @@ struct TCanvasOp {
     TBrush Brush;
     TFont Font;
     QString Text;
-    // A compact text form, e.g. "Line 1,2 5,2 w2 c$000000" or "Rect 0,0,10,10 w1 c$0000FF b$C0C0C0".
+    // A compact text form, e.g. "Line 1,2 5,2 w2 c$000000" or "Rect 0,0,10,10 w1 c$0000FF
+    // b$C0C0C0".
     QString ToString() const;
 };
 

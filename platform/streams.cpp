@@ -57,7 +57,9 @@ uint8_t TStream::ReadByte() {
     return v;
 }
 
-int32_t TStream::ReadInt32() { return static_cast<int32_t>(ReadUInt32()); }
+int32_t TStream::ReadInt32() {
+    return static_cast<int32_t>(ReadUInt32());
+}
 
 uint32_t TStream::ReadUInt32() {
     uint8_t b[4];
@@ -65,9 +67,13 @@ uint32_t TStream::ReadUInt32() {
     return qFromLittleEndian<uint32_t>(b);
 }
 
-void TStream::WriteByte(uint8_t v) { WriteBuffer(&v, 1); }
+void TStream::WriteByte(uint8_t v) {
+    WriteBuffer(&v, 1);
+}
 
-void TStream::WriteInt32(int32_t v) { WriteUInt32(static_cast<uint32_t>(v)); }
+void TStream::WriteInt32(int32_t v) {
+    WriteUInt32(static_cast<uint32_t>(v));
+}
 
 void TStream::WriteUInt32(uint32_t v) {
     uint8_t b[4];
@@ -105,12 +111,16 @@ void TStream::WriteStr(const QString& s) {
 int32_t TStream::ReadCount(const char* what, int64_t elementSize) {
     const int64_t at = Position();
     const int32_t n = ReadInt32();
-    if (n > 0 && int64_t(n) * elementSize > Remaining())
-        throw EFormatError(QStringLiteral("%1 %2 is larger than the %3 bytes that remain could hold")
-                               .arg(QString::fromLatin1(what))
-                               .arg(n)
-                               .arg(Remaining()),
-                           at);
+    if (n < 0)
+        throw EFormatError(
+            QStringLiteral("%1 %2 is negative").arg(QString::fromLatin1(what)).arg(n), at);
+    if (int64_t(n) * elementSize > Remaining())
+        throw EFormatError(
+            QStringLiteral("%1 %2 is larger than the %3 bytes that remain could hold")
+                .arg(QString::fromLatin1(what))
+                .arg(n)
+                .arg(Remaining()),
+            at);
     return n;
 }
 

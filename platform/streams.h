@@ -44,7 +44,7 @@ public:
     QString ReadStr();
     void WriteStr(const QString& s);
     // A count of records of elementSize bytes each: an EFormatError naming `what` and the offset
-    // when more records are announced than the remaining bytes could hold.
+    // when it is negative or announces more records than the remaining bytes could hold.
     int32_t ReadCount(const char* what, int64_t elementSize);
 };
 

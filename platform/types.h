@@ -38,12 +38,22 @@ using TColor = uint32_t;
 
 using TPoints = std::vector<TPoint>;
 
-inline TPoint Point(int32_t x, int32_t y) { return {x, y}; }
-inline TRect Rect(int32_t l, int32_t t, int32_t r, int32_t b) { return {l, t, r, b}; }
+inline TPoint Point(int32_t x, int32_t y) {
+    return {x, y};
+}
+inline TRect Rect(int32_t l, int32_t t, int32_t r, int32_t b) {
+    return {l, t, r, b};
+}
 
-inline int Sign(int v) { return (v > 0) - (v < 0); }
-inline int Sign(int64_t v) { return (v > 0) - (v < 0); }
-inline int Sign(double v) { return (v > 0.0) - (v < 0.0); }
+inline int Sign(int v) {
+    return (v > 0) - (v < 0);
+}
+inline int Sign(int64_t v) {
+    return (v > 0) - (v < 0);
+}
+inline int Sign(double v) {
+    return (v > 0.0) - (v < 0.0);
+}
 
 // Banker's rounding, as every rounding in the system uses (ties go to the even integer).
 inline double RoundHalfEvenF(double v) {

@@ -38,8 +38,8 @@ int main(int argc, char** argv) {
         QImage img(window.size(), QImage::Format_ARGB32);
         img.fill(Qt::white);
         window.render(&img);
-        const QString name = i == 0 ? QStringLiteral("demo.png")
-                                    : QStringLiteral("demo-%1.png").arg(i + 1);
+        const QString name =
+            i == 0 ? QStringLiteral("demo.png") : QStringLiteral("demo-%1.png").arg(i + 1);
         img.save(name);
         std::printf("%s: %s\n", qPrintable(pages[size_t(i)].Title),
                     qPrintable(QFileInfo(name).absoluteFilePath()));

@@ -32,7 +32,9 @@ Bytes& Bytes::raw(std::initializer_list<uint8_t> b) {
     return *this;
 }
 
-TColor PixelColor(const QImage& img, int x, int y) { return FromQColor(img.pixelColor(x, y)); }
+TColor PixelColor(const QImage& img, int x, int y) {
+    return FromQColor(img.pixelColor(x, y));
+}
 
 QImage WhiteImage(int w, int h) {
     QImage img(w, h, QImage::Format_ARGB32);

@@ -13,7 +13,8 @@ TEST(Colors, PlainColourIsBGR) {
 }
 
 TEST(Colors, ButtonFaceFollowsThePalette) {
-    EXPECT_EQ(ToQColor(clBtnFace), QApplication::palette().color(QPalette::Active, QPalette::Button));
+    EXPECT_EQ(ToQColor(clBtnFace),
+              QApplication::palette().color(QPalette::Active, QPalette::Button));
 }
 
 TEST(Colors, SystemColourFlag) {

@@ -36,4 +36,6 @@ TEST(StrToInt, ThirtyTwoBitLimits) {
     EXPECT_THROW(StrToInt(QStringLiteral("99999999999999999999")), EConvertError);
 }
 
-TEST(StrToInt, PlusSign) { EXPECT_EQ(StrToInt(QStringLiteral("+5")), 5); }
+TEST(StrToInt, PlusSign) {
+    EXPECT_EQ(StrToInt(QStringLiteral("+5")), 5);
+}

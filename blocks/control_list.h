@@ -1,0 +1,42 @@
+#pragma once
+// Remembers the parent's ordinary child widgets (not blocks) by name and bounds, so that a
+// saved diagram can put them back where they were. It never owns them.
+
+#include "platform/streams.h"
+
+#include <QPointer>
+#include <QStringList>
+#include <QWidget>
+#include <vector>
+
+namespace vde {
+
+class TControlList {
+public:
+    explicit TControlList(QWidget* AParent) : FParent(AParent) {}
+
+    int Count() const { return int(FItems.size()); }
+    QWidget* Items(int Index) const;
+    int Add(QWidget* Control);
+    int IndexOf(const QWidget* Control) const;
+    void Delete(int Index);
+    void Clear() { FItems.clear(); }
+
+    // First item whose object name equals Name ignoring case.
+    QWidget* FindControl(const QString& Name) const;
+
+    // Count of all items, then an entry (name, bounds) for each windowed control only.
+    void SaveToStream(TStream& Stream) const;
+    // For a name no control has, the bounds are not read: the next entry's name is read from
+    // those bytes, as the format has always behaved. Each such name is noted in Warnings().
+    void LoadFromStream(TStream& Stream);
+    const QStringList& Warnings() const { return FWarnings; }
+
+    QPointer<QWidget> FParent;
+
+private:
+    std::vector<QPointer<QWidget>> FItems;
+    QStringList FWarnings;
+};
+
+} // namespace vde

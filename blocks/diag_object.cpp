@@ -1,0 +1,542 @@
+#include "blocks/diag_object.h"
+
+#include "blocks/diag_object_list.h"
+#include "geometry/codecs.h"
+#include "platform/convert.h"
+#include "platform/errors.h"
+
+#include <QStringList>
+#include <cfloat>
+
+namespace vde {
+
+namespace {
+
+// Arithmetic on values that may come from a stream wraps as 32-bit integers do on the
+// platform, instead of overflowing.
+int32_t WrapAdd(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+int32_t WrapSub(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
+// Qt keeps widget geometry within this range; larger values would overflow inside Qt.
+constexpr int32_t kGeometryLimit = 16777215;
+int32_t ClampGeometry(int32_t v) {
+    return std::clamp(v, -kGeometryLimit, kGeometryLimit);
+}
+
+constexpr int kLabelEntryMin = 4 + 4 + 1 + 4;
+constexpr int kMarkerEntrySize = 12;
+
+} // namespace
+
+TDiagObjectString CutDiagObjectString(const QString& s) {
+    if (s.size() <= kDiagObjectStringMax)
+        return s;
+    int n = kDiagObjectStringMax;
+    if (s[n - 1].isHighSurrogate())
+        --n;
+    return s.left(n);
+}
+
+TDiagObject::TDiagObject(TDiagObjectList* Owner, TDiagObjectType ObjType)
+    : TGraphicControl(Owner ? Owner->GetParent() : nullptr) {
+    Init(Owner, ObjType);
+}
+
+TDiagObject::TDiagObject(TDiagObjectList* Owner, int ALeft, int ATop, int AWidth, int AHeight,
+                         TDiagObjectType ObjType, bool AVisible)
+    : TGraphicControl(Owner ? Owner->GetParent() : nullptr) {
+    Init(Owner, ObjType);
+    // A block without a parent would otherwise become a top-level window.
+    if (parentWidget())
+        setVisible(AVisible);
+    TDiagObject::SetBounds(ALeft, ATop, AWidth, AHeight);
+}
+
+void TDiagObject::Init(TDiagObjectList* Owner, TDiagObjectType ObjType) {
+    FOwner = Owner;
+    FObjType = ObjType;
+    FObjKey = static_cast<TObjKey>(reinterpret_cast<uintptr_t>(this));
+    if (Owner) {
+        ParentCanvas = Owner->GetParentCanvas();
+        Owner->Add(this);
+    }
+}
+
+TDiagObject::~TDiagObject() {
+    if (FOwner)
+        FOwner->Remove(this);
+}
+
+// --- markers
+
+PDotMarkers TDiagObject::GetMarkersPtr(int Index) {
+    if (Index == 0)
+        return nullptr;
+    TDotMarkers* m = Index < 0 ? &FInputs : &FOutputs;
+    const int64_t k = Index < 0 ? -int64_t(Index) : int64_t(Index);
+    return int64_t(m->size()) < k ? nullptr : m;
+}
+
+const TDotMarker* TDiagObject::GetMarker(int Index) const {
+    auto* self = const_cast<TDiagObject*>(this);
+    PDotMarkers m = self->GetMarkersPtr(Index);
+    if (!m)
+        return nullptr;
+    const int64_t k = Index < 0 ? -int64_t(Index) : int64_t(Index);
+    return &(*m)[size_t(k - 1)];
+}
+
+bool TDiagObject::GetConPoint(int Index, TPoint& P, bool UseMainRect) const {
+    const TDotMarker* m = GetMarker(Index);
+    if (!m)
+        return false;
+    P.X = WrapAdd(x(), m->P.X);
+    P.Y = WrapAdd(y(), m->P.Y);
+    if (UseMainRect)
+        P.X = WrapAdd(P.X, -Sign(Index) * FDeltaWidth);
+    return true;
+}
+
+int TDiagObject::NearestMarkerIndex(TPoint From, double MinDist) const {
+    double best = DBL_MAX;
+    int result = 0;
+    const int lo = -int(FInputs.size()), hi = int(FOutputs.size());
+    for (int i = lo; i <= hi; ++i) {
+        if (i == 0)
+            continue;
+        TPoint p;
+        if (!GetConPoint(i, p, true))
+            continue;
+        const double d = Distance(p, From);
+        if (d < best && d <= MinDist) {
+            best = d;
+            result = i;
+        }
+    }
+    return result;
+}
+
+int TDiagObject::SelectNearestMarker(TPoint From, bool DoUpdate, double /*MinDist*/) {
+    if (From.X != -1 && From.Y != -1) {
+        const int r = NearestMarkerIndex(From, 10.0);
+        if (r != 0)
+            SetSelMarkerIndex(r);
+        return r;
+    }
+    if (DoUpdate)
+        SetSelMarkerIndex(0);
+    return 0;
+}
+
+void TDiagObject::SetSelMarkerIndex(int Value) {
+    FSelMarkerIndex = Value;
+    Invalidate();
+}
+
+int TDiagObject::GetSelMarkerSize() const {
+    const TDotMarker* m = GetMarker(FSelMarkerIndex);
+    return m ? m->Size : 0;
+}
+
+void TDiagObject::SetSelMarkerSize(int Value) {
+    if (!GetMarker(FSelMarkerIndex))
+        return;
+    const_cast<TDotMarker*>(GetMarker(FSelMarkerIndex))->Size = static_cast<uint8_t>(Value);
+    Invalidate();
+}
+
+int TDiagObject::GetSelMarkerPos() const {
+    const TDotMarker* m = GetMarker(FSelMarkerIndex);
+    return m ? m->P.Y : 0;
+}
+
+void TDiagObject::SetSelMarkerPos(int Value) {
+    if (!GetMarker(FSelMarkerIndex))
+        return;
+    const_cast<TDotMarker*>(GetMarker(FSelMarkerIndex))->P.Y = Value;
+    if (FOnModifyMarkers)
+        FOnModifyMarkers(this);
+    Invalidate();
+}
+
+// --- bounds
+
+void TDiagObject::SetBounds(int ALeft, int ATop, int AWidth, int AHeight) {
+    setGeometry(ClampGeometry(ALeft), ClampGeometry(ATop), ClampGeometry(AWidth),
+                ClampGeometry(AHeight));
+    FInitRect = {ALeft, ATop, WrapSub(AWidth, 1), WrapSub(AHeight, 1)};
+    if (FOnModifyBounds)
+        FOnModifyBounds(this);
+}
+
+void TDiagObject::SetLocation(TPoint P) {
+    SetBounds(P.X, P.Y, width(), height());
+}
+
+void TDiagObject::SetSize(TPoint P) {
+    SetBounds(x(), y(), P.X, P.Y);
+}
+
+void TDiagObject::ShiftByDelta(TPoint Delta) {
+    SetBounds(WrapAdd(x(), Delta.X), WrapAdd(y(), Delta.Y), width(), height());
+}
+
+TRect TDiagObject::BoundsRect() const {
+    return vde::BoundsRect(this);
+}
+
+QString TDiagObject::SaveBoundsToStr() const {
+    const TRect r = BoundsRect();
+    const int32_t a[4] = {r.Left, r.Top, r.Right, r.Bottom};
+    return IntArrayToString(a, 4);
+}
+
+void TDiagObject::LoadBoundsFromStr(const QString& S) {
+    const TRect r0 = BoundsRect();
+    int32_t a[4] = {r0.Left, r0.Top, r0.Right, r0.Bottom};
+    StringToIntArray(S, a, 4);
+    SetBounds(a[0], a[1], WrapSub(a[2], a[0]), WrapSub(a[3], a[1]));
+}
+
+void TDiagObject::SetDeltaWidth(int Value) {
+    FDeltaWidth = Value;
+    Invalidate();
+}
+
+// --- rectangles
+
+TRect TDiagObject::GetShapeRect() const {
+    const int w = FPenWidth;
+    const int half = w / 2;
+    TRect r{half, half, half + width() - w + 1, half + height() - w + 1};
+    if (w == 0) {
+        --r.Right;
+        --r.Bottom;
+    }
+    return r;
+}
+
+TRect TDiagObject::ShapeToMainRect(const TRect& R) const {
+    return {R.Left + FDeltaWidth, R.Top + FDeltaShift, R.Right - FDeltaWidth,
+            R.Bottom - FDeltaShift};
+}
+
+bool TDiagObject::SetMainRect() {
+    FMainRect = GetMainRect();
+    return FMainRect.Width() > 0 && FMainRect.Height() > 0;
+}
+
+// --- labels
+
+void TDiagObject::AddLabel(TPoint Pos, const QString& Text, uint8_t Height, bool DoUpdate) {
+    FLabels.push_back({Pos, CutDiagObjectString(Text), Height});
+    if (DoUpdate)
+        Invalidate();
+}
+
+uint8_t TDiagObject::GetLabelHeight(const TDiagLabel& Label) const {
+    return Label.Height != 0 ? Label.Height : FTextHeight;
+}
+
+void TDiagObject::SetTextHeight(uint8_t Value) {
+    FTextHeight = Value;
+    if (FLabels.size() == 1)
+        FLabels[0].Height = Value;
+    Invalidate();
+}
+
+QString TDiagObject::GetTextValues() const {
+    QStringList parts;
+    for (const auto& l : FLabels)
+        parts << l.Text;
+    return parts.join(QLatin1Char('|'));
+}
+
+void TDiagObject::SetTextValues(const QString& Value) {
+    const QStringList pieces = Value.split(QLatin1Char('|'));
+    const size_t n = std::min<size_t>(size_t(pieces.size()), FLabels.size());
+    for (size_t i = 0; i < n; ++i)
+        FLabels[i].Text = CutDiagObjectString(pieces[qsizetype(i)]);
+    UpdateAlignments();
+    Invalidate();
+}
+
+QString TDiagObject::GetTextHeights() const {
+    QStringList parts;
+    for (const auto& l : FLabels)
+        parts << QString::number(l.Height);
+    return parts.join(QLatin1Char('|'));
+}
+
+void TDiagObject::SetTextHeights(const QString& Value) {
+    const QStringList pieces = Value.split(QLatin1Char('|'));
+    const size_t n = std::min<size_t>(size_t(pieces.size()), FLabels.size());
+    for (size_t i = 0; i < n; ++i)
+        FLabels[i].Height = static_cast<uint8_t>(StrToInt(pieces[qsizetype(i)]));
+    UpdateAlignments();
+    Invalidate();
+}
+
+QString TDiagObject::GetTextPosValues() const {
+    QStringList parts;
+    for (const auto& l : FLabels)
+        parts << PointToStr(l.Start);
+    return parts.join(QLatin1Char('|'));
+}
+
+void TDiagObject::SetTextPosValues(const QString& Value) {
+    const QStringList pieces = Value.split(QLatin1Char('|'));
+    const size_t n = std::min<size_t>(size_t(pieces.size()), FLabels.size());
+    for (size_t i = 0; i < n; ++i)
+        FLabels[i].Start = StrToPoint(pieces[qsizetype(i)]);
+    Invalidate();
+}
+
+void TDiagObject::AlignLabelInRect(const TRect& R, TDiagLabel& Label) {
+    TCanvas* c = Canvas();
+    c->Font.Height = GetLabelHeight(Label);
+    const int tw = c->TextWidth(Label.Text);
+    const int th = c->TextHeight(Label.Text);
+    const int w = R.Width(), h = R.Height();
+    int dx = 0, dy = 0;
+    if (AlignHoriz > 0)
+        dx = AlignHoriz;
+    else if (AlignHoriz < 0)
+        dx = w + AlignHoriz - tw;
+    else if (w > tw)
+        dx = (w - tw) / 2;
+    if (AlignVert > 0)
+        dy = AlignVert;
+    else if (AlignVert < 0)
+        dy = h + AlignVert - th;
+    else if (h > tw) // compared with the text width, as the layout has always done
+        dy = (h - th) / 2;
+    Label.Start = {R.Left + dx, R.Top + dy};
+}
+
+void TDiagObject::AlignLabelInRectFloat(const TRect& R, TDiagLabel& Label, double QHoriz,
+                                        double QVert) {
+    TCanvas* c = Canvas();
+    c->Font.Height = GetLabelHeight(Label);
+    const int tw = c->TextWidth(Label.Text);
+    const int th = c->TextHeight(Label.Text);
+    const int dx = RoundHalfEven(double(R.Width() - tw) * QHoriz);
+    const int dy = RoundHalfEven(double(R.Height() - th) * QVert);
+    Label.Start = {R.Left + dx, R.Top + dy};
+}
+
+void TDiagObject::ChangeAlignment(TDiagLabel& Label) {
+    if (SetMainRect())
+        AlignLabelInRect(FMainRect, Label);
+}
+
+void TDiagObject::UpdateAlignments() {
+    if (FLabels.empty() || !SetMainRect())
+        return;
+    for (size_t i = 0; i < FLabels.size(); ++i) {
+        if (i < FRegions.size())
+            AlignLabelInRectFloat(FRegions[i].R, FLabels[i], FRegions[i].QHoriz, FRegions[i].QVert);
+        else
+            AlignLabelInRect(FMainRect, FLabels[i]);
+    }
+}
+
+// --- selection
+
+void TDiagObject::SetSelected(bool Value) {
+    if (!Value && FSelMarkerIndex != 0) {
+        FSelMarkerIndex = 0;
+        Invalidate();
+    }
+    FSelected = Value;
+    SetVisibleBorder(Value);
+}
+
+void TDiagObject::SetVisibleBorder(bool Value) {
+    if (Value == FVisibleBorder)
+        return;
+    FVisibleBorder = Value;
+    Invalidate();
+}
+
+// --- painting
+
+void TDiagObject::Paint() {
+    if (FPaintCount >= 1)
+        return;
+    MainPaint();
+    if (DisablePaint)
+        return;
+    PaintSegments();
+    PaintLabels();
+    PaintMarkers(FInputs);
+    PaintMarkers(FOutputs);
+}
+
+void TDiagObject::MainPaint() {
+    FShapeRect = GetShapeRect();
+    if (!FVisibleBorder)
+        return;
+    TCanvas* c = Canvas();
+    {
+        PaintCountGuard g(this);
+        c->Pen.Width = 1;
+        c->Pen.Color = 0x0000FF;
+        c->Brush.Color = FParentColor;
+    }
+    c->Rectangle(FShapeRect);
+}
+
+void TDiagObject::PaintSegments() {
+    TCanvas* c = Canvas();
+    for (const auto& s : FSegments) {
+        c->MoveTo(s.P1.X, s.P1.Y);
+        c->LineTo(s.P2.X, s.P2.Y);
+    }
+}
+
+void TDiagObject::PaintRegions() {
+    TCanvas* c = Canvas();
+    for (const auto& r : FRegions)
+        c->Rectangle(r.R);
+}
+
+void TDiagObject::PaintLabels() {
+    TCanvas* c = Canvas();
+    for (const auto& l : FLabels) {
+        c->Font.Height = GetLabelHeight(l);
+        c->TextOut(l.Start.X, l.Start.Y, l.Text);
+    }
+}
+
+void TDiagObject::PaintMarkers(const TDotMarkers& Markers) {
+    const bool isInput = &Markers == &FInputs;
+    const int sign = isInput ? -1 : 1;
+    for (size_t i = 0; i < Markers.size(); ++i) {
+        const bool selected = int64_t(i + 1) * sign == FSelMarkerIndex;
+        if (selected)
+            PaintMarker(Markers[i], isInput, FMarkerColor, 6);
+        else
+            PaintMarker(Markers[i], isInput, 0x000000, 2);
+    }
+}
+
+void TDiagObject::PaintMarker(const TDotMarker& Marker, bool IsInput, TColor Color, int Width) {
+    TCanvas* c = Canvas();
+    const int edgeX = IsInput ? FMainRect.Left : FMainRect.Right;
+    const TPoint p = Marker.P;
+    c->Pen.Color = Color;
+    c->Pen.Width = Width;
+    c->MoveTo(p.X, p.Y);
+    c->LineTo(edgeX, p.Y);
+    c->Pen.Width = 2;
+    if (Marker.IOType == itInversion) {
+        const TColor old = c->Brush.Color;
+        c->Brush.Color = 0xFFFFFF;
+        const int r = Marker.Size;
+        // Centred on the edge pixel: the circle spans edgeX - r .. edgeX + r.
+        c->Ellipse(edgeX - r, p.Y - r, edgeX + r + 1, p.Y + r + 1);
+        c->Brush.Color = old;
+    } else if (Marker.IOType == itArrow) {
+        const int L = 2 * Marker.Size;
+        const int h = RoundHalfEven(L * 0.4);
+        const int wingX = IsInput ? edgeX - L : edgeX + L;
+        c->MoveTo(edgeX, p.Y - 1);
+        c->LineTo(wingX, p.Y - h);
+        c->MoveTo(edgeX, p.Y - 1);
+        c->LineTo(wingX, p.Y + h);
+    }
+}
+
+// --- records
+
+void TDiagObject::SaveToStream(TStream& Stream) const {
+    Stream.WriteByte(FObjType);
+    const TRect r = BoundsRect();
+    Stream.WriteInt32(r.Left);
+    Stream.WriteInt32(r.Top);
+    Stream.WriteInt32(r.Right);
+    Stream.WriteInt32(r.Bottom);
+    Stream.WriteInt32(FDeltaWidth);
+    Stream.WriteInt32(int32_t(FLabels.size()));
+    for (const auto& l : FLabels) {
+        Stream.WriteInt32(l.Start.X);
+        Stream.WriteInt32(l.Start.Y);
+        Stream.WriteByte(l.Height);
+        Stream.WriteStr(l.Text);
+    }
+    for (const TDotMarkers* ms : {&FInputs, &FOutputs}) {
+        Stream.WriteInt32(int32_t(ms->size()));
+        for (const auto& m : *ms) {
+            uint8_t e[kMarkerEntrySize] = {};
+            for (int i = 0; i < 4; ++i) {
+                e[i] = uint8_t((uint32_t(m.P.X) >> (8 * i)) & 0xFF);
+                e[4 + i] = uint8_t((uint32_t(m.P.Y) >> (8 * i)) & 0xFF);
+            }
+            e[8] = m.IOType;
+            e[9] = m.Size;
+            Stream.WriteBuffer(e, kMarkerEntrySize);
+        }
+    }
+    Stream.WriteUInt32(FObjKey);
+}
+
+namespace {
+
+void ReadMarkers(TStream& Stream, TDotMarkers& Markers, const char* what) {
+    const int32_t n = Stream.ReadCount(what, kMarkerEntrySize);
+    Markers.assign(size_t(std::max(n, 0)), TDotMarker{});
+    for (auto& m : Markers) {
+        uint8_t e[kMarkerEntrySize];
+        Stream.ReadBuffer(e, kMarkerEntrySize);
+        auto i32 = [&](int o) {
+            return static_cast<int32_t>(uint32_t(e[o]) | (uint32_t(e[o + 1]) << 8) |
+                                        (uint32_t(e[o + 2]) << 16) | (uint32_t(e[o + 3]) << 24));
+        };
+        m.P = {i32(0), i32(4)};
+        m.IOType = static_cast<TIOType>(e[8]);
+        m.Size = e[9];
+    }
+}
+
+} // namespace
+
+TDiagObject* TDiagObject::LoadFromStream(TStream& Stream, TDiagObjectList* Owner) {
+    const int64_t at = Stream.Position();
+    const uint8_t type = Stream.ReadByte();
+    if (type == doNone || type > doRSTrigger)
+        throw EFormatError(QStringLiteral("Unknown block kind %1").arg(type), at);
+    TRect bounds;
+    bounds.Left = Stream.ReadInt32();
+    bounds.Top = Stream.ReadInt32();
+    bounds.Right = Stream.ReadInt32();
+    bounds.Bottom = Stream.ReadInt32();
+    const int32_t deltaWidth = Stream.ReadInt32();
+    TDiagObject* obj = Owner->CreateObjByDiagType(static_cast<TDiagObjectType>(type), bounds);
+    try {
+        obj->SetDeltaWidth(deltaWidth);
+        const int32_t labels = Stream.ReadCount("Label count", kLabelEntryMin);
+        obj->FLabels.assign(size_t(std::max(labels, 0)), TDiagLabel{});
+        for (auto& l : obj->FLabels) {
+            l.Start.X = Stream.ReadInt32();
+            l.Start.Y = Stream.ReadInt32();
+            l.Height = Stream.ReadByte();
+            l.Text = CutDiagObjectString(Stream.ReadStr());
+        }
+        ReadMarkers(Stream, obj->FInputs, "Input count");
+        ReadMarkers(Stream, obj->FOutputs, "Output count");
+        obj->FObjKey = Stream.ReadUInt32();
+        obj->MarkersLoaded();
+    } catch (...) {
+        // A half-read block must not stay in the list.
+        delete obj;
+        throw;
+    }
+    return obj;
+}
+
+} // namespace vde

@@ -1,0 +1,57 @@
+#include "blocks/diag_rs_trigger.h"
+
+#include <QStringList>
+
+namespace vde {
+
+TDiagRSTrigger::TDiagRSTrigger(TDiagObjectList* Owner, int ALeft, int ATop, int AWidth, int AHeight,
+                               double QHoriz, double QVert, bool AVisible, const QString& AText)
+    : TDiagLogic(Owner, ALeft, ATop, AWidth, AHeight, 0, 15, AVisible, QString(), doRSTrigger) {
+    if (!AText.isEmpty())
+        for (const QString& piece : AText.split(QLatin1Char('|')))
+            AddLabel({0, 0}, piece, FTextHeight, false);
+    HorizRatio = QHoriz;
+    VertRatio = QVert;
+    MakeRegions();
+    UpdateAlignments();
+}
+
+void TDiagRSTrigger::MakeRegions() {
+    if (!SetMainRect())
+        return;
+    const TRect M = FMainRect;
+    const int W = M.Width(), H = M.Height();
+    FMidHoriz = RoundHalfEven(W * HorizRatio);
+    FMidVert = RoundHalfEven(H * VertRatio);
+    if (FRegions.size() < 3)
+        FRegions.resize(3);
+    FRegions[0].R = {M.Left, M.Top, M.Left + FMidHoriz, M.Top + FMidVert};
+    FRegions[1].R = {M.Left, M.Top + FMidVert, M.Left + FMidHoriz, M.Top + H - 1};
+    // The right part ends at the body width less one, not offset by the body's left.
+    FRegions[2].R = {M.Left + FMidHoriz, M.Top, W - 1, M.Top + H - 1};
+    for (auto& r : FRegions) {
+        r.QHoriz = 0.5;
+        r.QVert = 0.2;
+    }
+    UpdateAlignments();
+}
+
+void TDiagRSTrigger::Paint() {
+    if (FPaintCount >= 1)
+        return;
+    TDiagLogic::Paint();
+    if (!DisablePaint)
+        PaintMidLines();
+}
+
+void TDiagRSTrigger::PaintMidLines() {
+    // The split offsets are used as block coordinates here, so the lines sit left of and above
+    // the region borders by the body's offset, as the symbol has always been drawn.
+    TCanvas* c = Canvas();
+    const TPoint horiz[] = {{FMainRect.Left, FMidVert}, {FMidHoriz, FMidVert}};
+    const TPoint vert[] = {{FMidHoriz, FMainRect.Top}, {FMidHoriz, FMainRect.Bottom - 1}};
+    c->Polyline(horiz);
+    c->Polyline(vert);
+}
+
+} // namespace vde
