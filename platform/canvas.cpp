@@ -70,6 +70,33 @@ int FontAscent(const TFont& font) {
     return QFontMetrics(ToQFont(font)).ascent();
 }
 
+namespace {
+struct ScopeEntry {
+    QPaintDevice* device;
+    QPainter* painter;
+};
+std::vector<ScopeEntry>& Scopes() {
+    static std::vector<ScopeEntry> scopes;
+    return scopes;
+}
+} // namespace
+
+TPaintScope::TPaintScope(QPaintDevice* device, QPainter* painter) {
+    Scopes().push_back({device, painter});
+}
+
+TPaintScope::~TPaintScope() {
+    Scopes().pop_back();
+}
+
+QPainter* TPaintScope::PainterFor(const QPaintDevice* device) {
+    const auto& s = Scopes();
+    for (auto it = s.rbegin(); it != s.rend(); ++it)
+        if (it->device == device)
+            return it->painter;
+    return nullptr;
+}
+
 TCanvas::TCanvas() = default;
 
 TCanvas::~TCanvas() {
@@ -91,6 +118,7 @@ void TCanvas::ReleaseHandlePainter() {
     }
     FForeignBackend.reset();
     FForeignPainter = nullptr;
+    FForeignDevice = nullptr;
 }
 
 ICanvasBackend* TCanvas::Resolve() {
@@ -100,12 +128,15 @@ ICanvasBackend* TCanvas::Resolve() {
         return nullptr;
     if (FOwnPainter)
         return FOwnBackend.get();
-    if (FHandle->paintingActive()) {
-        QPainter* p = FHandle->paintEngine() ? FHandle->paintEngine()->painter() : nullptr;
+    QPainter* lent = TPaintScope::PainterFor(FHandle);
+    if (lent || FHandle->paintingActive()) {
+        QPainter* p =
+            lent ? lent : (FHandle->paintEngine() ? FHandle->paintEngine()->painter() : nullptr);
         if (!p)
             return nullptr;
-        if (p != FForeignPainter) {
+        if (p != FForeignPainter || p->device() != FForeignDevice) {
             FForeignPainter = p;
+            FForeignDevice = p->device();
             FForeignBackend = std::make_unique<TPainterBackend>(p);
         }
         return FForeignBackend.get();

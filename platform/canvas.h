@@ -78,6 +78,17 @@ public:
     virtual void TextOut(TPoint p, const QString& text, const TFont& font, const TBrush& brush) = 0;
 };
 
+// While alive, every canvas whose handle is `device` draws through `painter`: how a paint
+// event (of a graphic control, or a hooked host widget) lends its painter to the canvases.
+class TPaintScope {
+public:
+    TPaintScope(QPaintDevice* device, QPainter* painter);
+    ~TPaintScope();
+    TPaintScope(const TPaintScope&) = delete;
+    TPaintScope& operator=(const TPaintScope&) = delete;
+    static QPainter* PainterFor(const QPaintDevice* device);
+};
+
 class TCanvas {
 public:
     TCanvas();
@@ -128,6 +139,7 @@ private:
     std::unique_ptr<QPainter> FOwnPainter;
     std::unique_ptr<ICanvasBackend> FOwnBackend;
     QPainter* FForeignPainter = nullptr;
+    QPaintDevice* FForeignDevice = nullptr;
     std::unique_ptr<ICanvasBackend> FForeignBackend;
 };
 

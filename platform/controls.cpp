@@ -108,7 +108,10 @@ TGraphicControl::~TGraphicControl() = default;
 
 void TGraphicControl::paintEvent(QPaintEvent*) {
     QPainter p(this);
-    Paint();
+    {
+        TPaintScope scope(this, &p);
+        Paint();
+    }
     FCanvas.ReleaseHandlePainter();
 }
 

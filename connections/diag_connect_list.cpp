@@ -1,0 +1,279 @@
+#include "connections/diag_connect_list.h"
+
+#include "platform/errors.h"
+
+#include <algorithm>
+#include <cfloat>
+
+namespace vde {
+
+namespace {
+void SetUpPen(TCanvas* c) {
+    c->Pen.Width = 2;
+    c->Pen.Color = 0;
+}
+TDiagObject* AsBlock(QObject* o) {
+    return dynamic_cast<TDiagObject*>(o);
+}
+} // namespace
+
+TDiagConnectList::TDiagConnectList(TCanvas* ACanvas) : FreeCanvas(false), FCanvas(ACanvas) {
+    if (FCanvas)
+        SetUpPen(FCanvas);
+}
+
+TDiagConnectList::TDiagConnectList(QPaintDevice* DC) : FreeCanvas(true), FCanvas(new TCanvas) {
+    FCanvas->SetHandle(DC);
+    SetUpPen(FCanvas);
+}
+
+TDiagConnectList::~TDiagConnectList() {
+    TDiagConnectList::Clear();
+    if (FreeCanvas) {
+        delete FCanvas;
+        FCanvas = nullptr;
+    }
+}
+
+TDiagConnection* TDiagConnectList::Items(int Index) const {
+    if (Index < 0 || Index >= Count())
+        throw EListError(QStringLiteral("List index out of bounds (%1)").arg(Index));
+    return FItems[size_t(Index)];
+}
+
+int TDiagConnectList::IndexOf(const TDiagConnection* Con) const {
+    const auto it = std::find(FItems.begin(), FItems.end(), Con);
+    return it == FItems.end() ? -1 : int(it - FItems.begin());
+}
+
+void TDiagConnectList::Add(TDiagConnection* Con) {
+    FItems.push_back(Con);
+}
+
+void TDiagConnectList::Remove(TDiagConnection* Con) {
+    const auto it = std::find(FItems.begin(), FItems.end(), Con);
+    if (it != FItems.end())
+        FItems.erase(it);
+}
+
+void TDiagConnectList::Clear() {
+    std::vector<TDiagConnection*> items;
+    items.swap(FItems);
+    for (TDiagConnection* c : items)
+        delete c;
+}
+
+void TDiagConnectList::Paint() {
+    for (TDiagConnection* c : FItems)
+        c->Paint();
+}
+
+void TDiagConnectList::Refresh() {
+    for (TDiagConnection* c : FItems)
+        c->MakePath();
+}
+
+void TDiagConnectList::UpdatePath(QObject* diag) {
+    TDiagObject* b = AsBlock(diag);
+    if (!b)
+        return;
+    for (TDiagConnection* c : FItems)
+        if (c->FSource.data() == b || c->FDest.data() == b)
+            c->MakePath();
+}
+
+void TDiagConnectList::ShiftByDelta(QObject* diag, TPoint Delta) {
+    for (TDiagConnection* c : FItems)
+        c->ShiftByDelta(diag, Delta);
+}
+
+void TDiagConnectList::UpdateBeforeDelete(QObject* diag) {
+    if (!AsBlock(diag))
+        return;
+    for (TDiagConnection*& c : FItems) {
+        c->OnDeleteDiagObject(diag);
+        if (c->FPoints.size() < 2 || (!c->FSource && !c->FDest)) {
+            delete c;
+            c = nullptr;
+        }
+    }
+    // Later indexes shift down; stored addresses past a removed wire are not corrected.
+    FItems.erase(std::remove(FItems.begin(), FItems.end(), nullptr), FItems.end());
+}
+
+int TDiagConnectList::AddConnection(TDiagObject* DiagObj, int MarkerIndex, int Size) {
+    if (!DiagObj)
+        return 0;
+    if (MarkerIndex == 0)
+        MarkerIndex = DiagObj->FSelMarkerIndex;
+    if (MarkerIndex == 0)
+        return 0;
+    auto* c = new TDiagObjConnection(this, DiagObj, MarkerIndex, Size);
+    return IndexOf(c);
+}
+
+int TDiagConnectList::ConnectIndex(TDiagObject* DiagObj, int MarkerIndex) const {
+    if (MarkerIndex == 0 && DiagObj)
+        MarkerIndex = DiagObj->FSelMarkerIndex;
+    for (size_t i = 0; i < FItems.size(); ++i) {
+        const TDiagConnection* c = FItems[i];
+        if (c->FSource.data() == DiagObj && c->FSrcConIdx == MarkerIndex)
+            return -int(i + 1);
+        if (c->FDest.data() == DiagObj && c->FDstConIdx == MarkerIndex)
+            return int(i + 1);
+    }
+    return 0;
+}
+
+LongRec TDiagConnectList::FindBestSegment(TPoint P, const TDiagConnection* SkipCon, bool UseLimit,
+                                          int ContainType) const {
+    double best = DBL_MAX;
+    LongRec result{};
+    for (size_t i = 0; i < FItems.size(); ++i) {
+        const TDiagConnection* c = FItems[i];
+        if (c == SkipCon)
+            continue;
+        // With the limit on, only a wire whose box grown by the limit holds P can answer.
+        if (UseLimit && !c->NearPath(P, 10))
+            continue;
+        double d = 0;
+        const int seg = c->FindNearestSegment(P, &d, UseLimit, ContainType);
+        if (seg >= 0 && d < best) {
+            best = d;
+            result = {uint16_t(seg + 1), uint16_t(i + 1)};
+        }
+    }
+    return result;
+}
+
+int TDiagConnectList::LookForBestSegment(int Index, LongRec& LR) {
+    if (Index < 0 || Index >= Count())
+        return 0;
+    return FItems[size_t(Index)]->LookForBestSegment(LR, true);
+}
+
+TDiagConnection* TDiagConnectList::Addressed(LongRec LR) const {
+    if (LR.IsZero() || LR.Hi > Count())
+        return nullptr;
+    TDiagConnection* c = Items(int(LR.Hi) - 1);
+    if (LR.Lo >= c->FPoints.size())
+        return nullptr;
+    return c;
+}
+
+void TDiagConnectList::GetSegmentRect(LongRec LR, TRect& Result) const {
+    TDiagConnection* c = Addressed(LR);
+    if (!c)
+        return;
+    if (!c->GetSegmentRect(int(LR.Lo) - 1, Result, 0))
+        Result = {-1, -1, -1, -1};
+}
+
+void TDiagConnectList::SelectSegmentByLongRec(LongRec LR) {
+    if (LR.IsZero() || LR.Hi > Count())
+        return;
+    TDiagConnection* c = Items(int(LR.Hi) - 1);
+    if (LR.Lo < c->FPoints.size())
+        c->SetSelectedIndex(int(LR.Lo) - 1);
+    DeselectAll(c);
+}
+
+void TDiagConnectList::DeselectAll(const TDiagConnection* SkipCon) {
+    for (TDiagConnection* c : FItems)
+        if (c != SkipCon)
+            c->SetSelectedIndex(-1);
+}
+
+void TDiagConnectList::DeleteSegmentByLongRec(LongRec& LR) {
+    TDiagConnection* c = Addressed(LR);
+    if (!c)
+        return;
+    const int r = c->DeleteSegment(int(LR.Lo) - 1);
+    if (r >= 0) {
+        LR.Lo = uint16_t(r + 1);
+        SelectSegmentByLongRec(LR);
+    } else {
+        LR = {};
+    }
+}
+
+void TDiagConnectList::AlignSegmentWithDiagObject(LongRec LR, TDiagObject* DiagObj) {
+    TDiagConnection* c = Addressed(LR);
+    if (!c)
+        return;
+    c->AlignSegmentByDiagObject(int(LR.Lo) - 1, DiagObj);
+    AdjustEndConnections(int(LR.Hi) - 1);
+}
+
+void TDiagConnectList::EditSegmentOfConnection(LongRec LR, int& Size, int& Angle, bool DoRead) {
+    if (TDiagConnection* c = Addressed(LR))
+        c->EditSegment(int(LR.Lo) - 1, Size, Angle, DoRead);
+}
+
+int TDiagConnectList::AddSegmentToConnection(int ConIndex, int Size, int Angle) {
+    if (ConIndex >= Count())
+        return -1;
+    TDiagConnection* c = Items(ConIndex);
+    const int r = c->AddSegment(Size, Angle);
+    c->Paint();
+    return r;
+}
+
+void TDiagConnectList::EndConnectionByLongRec(LongRec LR, TDiagObject* DiagObj,
+                                              const LongRec* PDest) {
+    TDiagConnection* c = Addressed(LR);
+    if (!c)
+        return;
+    if (PDest)
+        c->EndConnectionWithSegment(*PDest);
+    else
+        c->EndConnection(DiagObj, DiagObj == nullptr);
+}
+
+void TDiagConnectList::UpdateEndConnections(LongRec LR) {
+    if (LR.IsZero())
+        return;
+    for (int i = 0; i < Count(); ++i) {
+        TDiagConnection* c = FItems[size_t(i)];
+        if (c->FDstCrossInfo == LR) {
+            const LongRec self{uint16_t(c->FPoints.size() - 1), uint16_t(i + 1)};
+            EndConnectionByLongRec(self, nullptr, nullptr);
+        }
+    }
+}
+
+void TDiagConnectList::AdjustEndConnections(int Index) {
+    const int n = int(Items(Index)->FPoints.size());
+    for (int lo = 1; lo <= n - 1; ++lo)
+        UpdateEndConnections({uint16_t(lo), uint16_t(Index + 1)});
+}
+
+void TDiagConnectList::SaveToStream(TStream& Stream) const {
+    Stream.WriteInt32(Count());
+    for (const TDiagConnection* c : FItems)
+        c->SaveToStream(Stream);
+}
+
+void TDiagConnectList::LoadFromStream(TStream& Stream,
+                                      const std::function<void(TDiagConnection*)>& OnCreateConEvent,
+                                      int n) {
+    Clear();
+    if (n == -1) {
+        const int64_t at = Stream.Position();
+        n = Stream.ReadInt32();
+        if (n > 0 && int64_t(n) * kConnectionRecordBase > Stream.Remaining())
+            throw EFormatError(
+                QStringLiteral("Connection count %1 is larger than the %2 bytes that remain "
+                               "could hold")
+                    .arg(n)
+                    .arg(Stream.Remaining()),
+                at);
+    }
+    for (int i = 0; i < n; ++i) {
+        TDiagConnection* c = TDiagConnection::LoadFromStream(Stream, this);
+        if (OnCreateConEvent)
+            OnCreateConEvent(c);
+    }
+}
+
+} // namespace vde
