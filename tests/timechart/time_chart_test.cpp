@@ -430,3 +430,23 @@ TEST(TimeChartLabel, ALabelDeletedByTheHostDropsOut) {
     r.chart.Paint(); // must not touch the deleted label
     EXPECT_FALSE(r.rec.Ops.empty());
 }
+
+namespace {
+class CountingChart : public TTimeChart {
+public:
+    using TTimeChart::TTimeChart;
+    int Paints = 0;
+    void Paint() override { ++Paints; }
+};
+} // namespace
+
+TEST(TimeChartPaint, PrepareAndShiftCallTheOverriddenPaint) {
+    TRecordingBackend rec;
+    CountingChart chart(nullptr);
+    chart.Canvas().SetBackend(&rec);
+    chart.PrepareRectArea(15, 10, 40, 20, 200, 100, nullptr, QString(), clWhite, true);
+    EXPECT_EQ(chart.Paints, 1);
+    chart.ShiftRectArea(1, 1, 0, 0, nullptr, QString(), true);
+    EXPECT_EQ(chart.Paints, 2);
+    EXPECT_TRUE(rec.Ops.empty()); // the override drew nothing, so neither did the base
+}
