@@ -1,0 +1,18 @@
+#pragma once
+// The sample timing chart that the demo host shows and the documentation pictures are made
+// from: a valve's opening and holding phases with their durations.
+
+#include "timechart/time_chart.h"
+
+#include <QSize>
+#include <QString>
+
+namespace vde {
+
+// The picture size the sample fits in.
+QSize TimeChartSampleSize();
+QString TimeChartSampleCaption();
+// Draws the sample; Label (may be null) becomes the chart's caption label.
+void PaintTimeChartSample(TTimeChart& Chart, TLabel* Label);
+
+} // namespace vde
