@@ -309,4 +309,3 @@ void TdmMoveResize::SetControlBounds(QWidget* Control, int32_t Left, int32_t Top
 }
 
 } // namespace vde
-
