@@ -1,0 +1,21 @@
+#pragma once
+// Component ownership on Qt. A component has an owner that frees it and a Qt parent that shows it,
+// and the two need not be the same object (a handle panel shown on one window may belong to
+// another object). The owner keeps a list of what it owns; when the owner goes it frees every
+// component on the list that still exists, and a component freed earlier by anyone else simply
+// drops off the list. A component that is also a Qt child of its owner is freed only once.
+
+#include <QObject>
+#include <QString>
+
+namespace vde {
+
+// Lists `component` as owned by `owner` (nothing happens for a null owner or component).
+void InsertComponent(QObject* owner, QObject* component);
+
+// The component called `name` (compared without regard to case, as component names are):
+// first among the owner's direct Qt children, then among the components it owns; nullptr when
+// there is none or `owner` is null. The owner's own name does not count.
+QObject* FindComponent(const QObject* owner, const QString& name);
+
+} // namespace vde
