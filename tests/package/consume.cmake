@@ -1,0 +1,12 @@
+file(REMOVE_RECURSE ${PREFIX} ${CONSUMER_BUILD})
+function(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc)
+    if(NOT rc EQUAL 0)
+        message(FATAL_ERROR "failed (${rc}): ${ARGN}")
+    endif()
+endfunction()
+run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${PREFIX})
+run(${CMAKE_COMMAND} -S ${SOURCE} -B ${CONSUMER_BUILD} -G ${GENERATOR}
+    -DCMAKE_PREFIX_PATH=${PREFIX} -DCMAKE_BUILD_TYPE=Release)
+run(${CMAKE_COMMAND} --build ${CONSUMER_BUILD})
+run(${CONSUMER_BUILD}/consumer)
