@@ -62,6 +62,14 @@ TEST_F(DiagKindsTest, MarkerStepRoundsTowardZeroAndY1IsNotRelativeToY0) {
     EXPECT_EQ(Points(t->FInputs), (Pts{{0, 15}, {0, 25}, {0, 35}}));
 }
 
+TEST_F(DiagKindsTest, DefaultY1IsTheBodyHeightLessOne) {
+    // Height 49: frame (1, 1, 150, 49), body (9, 3, 142, 47), Y1 = 43; Step = 41 div 6 = 6.
+    TDiagText* t = NewText(150, 49);
+    t->SetInCount(3);
+    EXPECT_EQ(t->FMainRect, (TRect{9, 3, 142, 47}));
+    EXPECT_EQ(Points(t->FInputs), (Pts{{0, 8}, {0, 20}, {0, 32}}));
+}
+
 TEST_F(DiagKindsTest, OutputsSitOnTheRightEdgeOfTheFrame) {
     TDiagText* t = NewText(150, 50);
     t->SetOutCount(2);
