@@ -58,8 +58,7 @@ void TDialogForm::CentreOnOwner() {
         return;
     }
     const QRect o = owner->frameGeometry();
-    const QRect me = frameGeometry();
-    move((o.width() - me.width()) / 2 + o.left(), (o.height() - me.height()) / 2 + o.top());
+    move((o.width() - width()) / 2 + o.left(), (o.height() - height()) / 2 + o.top());
 }
 
 void TDialogForm::CentreOnScreen() {
@@ -67,8 +66,7 @@ void TDialogForm::CentreOnScreen() {
     if (!screen)
         return;
     const QRect s = screen->geometry();
-    const QRect me = frameGeometry();
-    move((s.width() - me.width()) / 2, (s.height() - me.height()) / 2);
+    move((s.width() - width()) / 2, (s.height() - height()) / 2);
 }
 
 TModalResult TDialogForm::ShowModal() {

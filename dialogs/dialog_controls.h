@@ -41,7 +41,8 @@ public:
     int Top() const { return pos().y(); }
     void SetLeft(int left);
     void SetTop(int top);
-    // Centred on the owner window, or on the screen without one.
+    // Centred on the owner window, or on the screen without one. The form's own frame is left
+    // out: most platforms tell it only once the window is shown.
     void CentreOnOwner();
     void CentreOnScreen();
 
