@@ -28,6 +28,10 @@ inline void WhenModalShown(std::function<void(QWidget*)> drive, int waitedMs = 0
             return;
         }
         QPointer<QWidget> guard(dialog);
+        // Focus and keyboard behave as for a user only once the window is active.
+        EXPECT_TRUE(QTest::qWaitForWindowActive(dialog)) << "the dialog never became active";
+        if (!guard)
+            return;
         drive(dialog);
         QTimer::singleShot(3000, [guard] {
             if (!guard || !guard->isVisible())

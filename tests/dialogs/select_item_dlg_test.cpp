@@ -108,7 +108,10 @@ TEST_P(SelectItemLayout, Is33PixelsPerItemWithButtons6BelowAndClientHeightPlus39
 
 INSTANTIATE_TEST_SUITE_P(ItemCounts, SelectItemLayout,
                          ::testing::Values(LayoutCase{1, 33, 40, 72}, LayoutCase{5, 165, 172, 204},
-                                           LayoutCase{0, 0, 7, 39}));
+                                           LayoutCase{0, 0, 7, 39}),
+                         [](const ::testing::TestParamInfo<LayoutCase>& param) {
+                             return "Items" + std::to_string(param.param.Items);
+                         });
 
 TEST(SelectItemFromArray, DefaultBeyondTheItemsPreselectsTheFirst) {
     EXPECT_EQ(CheckedAndResult(5), std::make_pair(0, 0));
