@@ -380,3 +380,13 @@ TEST(EditSegmentParams, WithoutAnOwnerWindowItIsCentredOnTheScreen) {
     EditSegmentParams(rec, QString(), Point(-1, -1));
     EXPECT_EQ(at, QPoint((screen.width() - 275) / 2, (screen.height() - 120) / 2));
 }
+
+TEST(DialogOwner, IsTheActiveWindowEvenWithAPopupUp) {
+    OwnerWindow owner(100, 80, 600, 400);
+    EXPECT_EQ(DialogOwner(), owner.Widget());
+    QWidget popup(owner.Widget(), Qt::Popup);
+    popup.setGeometry(150, 150, 80, 60);
+    popup.show();
+    QTest::qWait(20);
+    EXPECT_EQ(DialogOwner(), owner.Widget());
+}
