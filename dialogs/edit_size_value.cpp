@@ -1,0 +1,67 @@
+#include "dialogs/edit_size_value.h"
+
+namespace vde {
+
+TfmEditSizeValue::TfmEditSizeValue(QWidget* owner) : TDialogForm(owner) {
+    setObjectName(QStringLiteral("fmEditSizeValue"));
+    setWindowTitle(QStringLiteral("Edit Size"));
+    SetClientSize(325, 74);
+
+    lbeSize = new TLabeledEdit(this, QStringLiteral("lbeSize"), QStringLiteral("Value"),
+                               QStringLiteral("10"));
+    lbeSize->SetBounds(32, 32, 75, 21);
+    udSize = new TUpDown(this, QStringLiteral("udSize"));
+    udSize->SetBounds(107, 32, 16, 21);
+    udSize->SetMin(0);
+    udSize->SetMax(500);
+    udSize->SetIncrement(10);
+    udSize->SetPosition(10);
+    udSize->SetAssociate(lbeSize);
+
+    btnOk = new TDialogButton(this, QStringLiteral("btnOk"), QStringLiteral("Ok"), mrOk);
+    btnOk->SetBounds(136, 30, 75, 25);
+    btnOk->setDefault(true);
+    btnCancel =
+        new TDialogButton(this, QStringLiteral("btnCancel"), QStringLiteral("Cancel"), mrCancel);
+    btnCancel->SetBounds(224, 30, 75, 25);
+
+    CentreOnOwner();
+}
+
+void TfmEditSizeValue::AcceptParams(const TSizeParamRec& Rec, const QString& ACaption, TPoint Pos) {
+    // The range first, so that the position is clamped to the new one.
+    udSize->SetMin(Rec.AMin);
+    udSize->SetMax(Rec.AMax);
+    udSize->SetIncrement(Rec.AInc);
+    udSize->SetPosition(Rec.Size);
+    if (!ACaption.isEmpty())
+        setWindowTitle(ACaption);
+    if (Pos.X >= 0)
+        SetLeft(Pos.X);
+    if (Pos.Y >= 0)
+        SetTop(Pos.Y);
+}
+
+void TfmEditSizeValue::SaveParams(TSizeParamRec& Rec) {
+    Rec.Size = udSize->Position();
+}
+
+bool EditSizeValue(TSizeParamRec& Rec, const QString& ACaption, TPoint Pos, const TNotifyEvent&) {
+    TfmEditSizeValue form(DialogOwner());
+    form.AcceptParams(Rec, ACaption, Pos);
+    if (form.ShowModal() != mrOk)
+        return false;
+    form.SaveParams(Rec);
+    return true;
+}
+
+bool EditSizeValue(int32_t& Size, int32_t AMin, int32_t AMax, int32_t AInc, const QString& ACaption,
+                   const TNotifyEvent& Event) {
+    TSizeParamRec rec{Size, AMin, AMax, AInc};
+    if (!EditSizeValue(rec, ACaption, Point(-1, -1), Event))
+        return false;
+    Size = rec.Size;
+    return true;
+}
+
+} // namespace vde

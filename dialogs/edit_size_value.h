@@ -1,0 +1,42 @@
+#pragma once
+// The size value dialog: one integer within a range, stepped by an increment.
+
+#include "dialogs/dialog_controls.h"
+#include "platform/controls.h"
+#include "platform/types.h"
+
+#include <QString>
+#include <cstdint>
+
+namespace vde {
+
+struct TSizeParamRec {
+    int32_t Size = 0; // the value
+    int32_t AMin = 0; // lowest allowed value
+    int32_t AMax = 0; // highest allowed value
+    int32_t AInc = 0; // step of the up-down control
+};
+
+class TfmEditSizeValue : public TDialogForm {
+    Q_OBJECT
+public:
+    explicit TfmEditSizeValue(QWidget* owner);
+
+    void AcceptParams(const TSizeParamRec& Rec, const QString& ACaption, TPoint Pos);
+    void SaveParams(TSizeParamRec& Rec);
+
+    TLabeledEdit* lbeSize;
+    TUpDown* udSize;
+    TDialogButton* btnOk;
+    TDialogButton* btnCancel;
+};
+
+// Shows the dialog modally on the application's active window. On OK Rec.Size takes the value
+// shown and the result is true; otherwise the record is untouched. Event is not used.
+bool EditSizeValue(TSizeParamRec& Rec, const QString& ACaption, TPoint Pos,
+                   const TNotifyEvent& Event = {});
+// The same, centred, for a bare integer: Size is written back only on OK.
+bool EditSizeValue(int32_t& Size, int32_t AMin, int32_t AMax, int32_t AInc, const QString& ACaption,
+                   const TNotifyEvent& Event = {});
+
+} // namespace vde
