@@ -4,9 +4,6 @@
 #include "geometry/codecs.h"
 #include "platform/convert.h"
 #include "platform/errors.h"
-#include "platform/painter_backend.h"
-
-#include <QPainter>
 
 #include <QStringList>
 #include <cfloat>
@@ -367,18 +364,6 @@ void TDiagObject::SetVisibleBorder(bool Value) {
 }
 
 // --- painting
-
-void TDiagObject::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    TPainterBackend backend(&painter);
-    TCanvas* c = Canvas();
-    // A backend set from outside (a recorder) stays in force.
-    ICanvasBackend* const own = c->Backend();
-    if (!own)
-        c->SetBackend(&backend);
-    Paint();
-    c->SetBackend(own);
-}
 
 void TDiagObject::Paint() {
     if (FPaintCount >= 1)

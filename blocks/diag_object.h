@@ -181,10 +181,6 @@ public:
     int FResizeMode = 0;
 
 protected:
-    // Paints through a painter on this widget: the canvas cannot find the painter of a widget
-    // by itself (Qt keeps it behind the widget's redirection), so Paint would draw nothing.
-    void paintEvent(QPaintEvent* event) override;
-
     // Called after a stream record replaced the markers.
     virtual void MarkersLoaded() {}
 
