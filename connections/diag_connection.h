@@ -65,7 +65,7 @@ public:
     void SetDstObject(TDiagObject* Value);
     TDiagConnectList* Owner() const { return FOwner; }
 
-    // --- records: 36 + 8 × point count bytes
+    // --- records: the nine fields, 32 + 8 × point count bytes, no padding
     void SaveToStream(TStream& Stream) const;
     // Creates a plain connection in AOwner and reads one record into it. A point count larger
     // than the rest of the stream is an EFormatError naming its offset; on any error the new
@@ -118,6 +118,7 @@ public:
                         double DstPlace, int8_t ConnectRadius);
 };
 
-constexpr int kConnectionRecordBase = 36;
+// Keys, cross infos, point count, three marker/selection integers: 8 × 4 bytes.
+constexpr int kConnectionRecordBase = 32;
 
 } // namespace vde
