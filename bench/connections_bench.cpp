@@ -85,8 +85,12 @@ void BM_FindBestSegment(benchmark::State& state) {
         benchmark::DoNotOptimize(wires.FindBestSegment(probes[k++ & 255], nullptr, true, 0));
     }
 }
-BENCHMARK(BM_FindBestSegment)->Arg(1000)->Arg(10000)->Arg(20000)->Arg(100000)->Unit(
-    benchmark::kMicrosecond);
+BENCHMARK(BM_FindBestSegment)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Arg(20000)
+    ->Arg(100000)
+    ->Unit(benchmark::kMicrosecond);
 
 void BM_SaveConnectionList(benchmark::State& state) {
     TDiagConnectList wires(static_cast<TCanvas*>(nullptr));

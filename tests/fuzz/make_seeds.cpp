@@ -9,7 +9,8 @@
 
 using namespace vde;
 
-static void Save(const QString& dir, const QString& name, uint8_t selector, const TMemoryStream& s) {
+static void Save(const QString& dir, const QString& name, uint8_t selector,
+                 const TMemoryStream& s) {
     QFile f(dir + QLatin1Char('/') + name);
     f.open(QIODevice::WriteOnly | QIODevice::Truncate);
     f.putChar(char(selector));
