@@ -46,11 +46,11 @@ void SetLabelGeometry(TLabel* label, const QRect& r) {
 
 TTimeChart::TTimeChart(QPaintDevice* DC) : fCanvas(std::make_unique<TCanvas>()) {
     fCanvas->SetHandle(DC);
-    // Qt 6 does not let anyone reach the painter a widget is being painted with, so the canvas
-    // alone would find nowhere to draw; a painter of the chart's own is allowed during the paint.
+    // Qt 6 does not let anyone reach the painter a widget is being painted with: unless the host
+    // lends its painter (TPaintScope), the chart opens one of its own during the paint.
     if (DC && DC->devType() == QInternal::Widget) {
         auto* widget = static_cast<QWidget*>(DC);
-        if (widget->testAttribute(Qt::WA_WState_InPaintEvent)) {
+        if (widget->testAttribute(Qt::WA_WState_InPaintEvent) && !TPaintScope::PainterFor(widget)) {
             fWidgetPainter = std::make_unique<QPainter>();
             if (fWidgetPainter->begin(widget)) {
                 fWidgetBackend = std::make_unique<TPainterBackend>(fWidgetPainter.get());
