@@ -5,6 +5,7 @@
 #include "timechart/time_chart_sample.h"
 
 #include <QFile>
+#include <QPainter>
 #include <QSvgGenerator>
 #include <QSvgRenderer>
 #include <QTemporaryDir>
@@ -84,6 +85,23 @@ protected:
     }
 };
 
+// A host that paints with its own painter and lends it to the library for the chart.
+class LendingChartWidget : public ChartWidget {
+protected:
+    void paintEvent(QPaintEvent*) override {
+        ++Paints;
+        QPainter painter(this);
+        painter.fillRect(QRect(0, 0, 4, 4), Qt::green);
+        {
+            TPaintScope scope(this, &painter);
+            TTimeChart chart(this);
+            PaintWholeChart(chart, Label);
+        }
+        // The host goes on with its painter after the chart is gone.
+        painter.fillRect(QRect(396, 0, 4, 4), Qt::green);
+    }
+};
+
 QStringList SvgElementNamesAndTexts(const QString& fileName, QString* root) {
     QFile f(fileName);
     if (!f.open(QIODevice::ReadOnly))
@@ -146,6 +164,23 @@ TEST(TimeChartWidget, PaintsThroughTheWidgetDuringItsPaint) {
     ExpectWholeChartPixels(img);
     // The caption label stands in the column left of the chart.
     EXPECT_EQ(w.Label->geometry(), QRect(0, 20, 40, 150));
+}
+
+QStringList g_warnings;
+
+TEST(TimeChartWidget, DrawsWithThePainterTheHostLends) {
+    LendingChartWidget w;
+    g_warnings.clear();
+    const QtMessageHandler old = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& m) { g_warnings << m; });
+    const QImage img = w.grab().toImage();
+    qInstallMessageHandler(old);
+    // No second painter is opened on the widget while the host's is active.
+    EXPECT_TRUE(g_warnings.isEmpty()) << g_warnings.join(QLatin1Char('\n')).toStdString();
+    ASSERT_GE(w.Paints, 1);
+    ExpectWholeChartPixels(img);
+    EXPECT_EQ(PixelColor(img, 1, 1), 0x00FF00u); // the host's own drawing stays
+    EXPECT_EQ(PixelColor(img, 398, 1), 0x00FF00u);
 }
 
 TEST(TimeChartWidget, OutsideItsPaintDrawingAsksForARepaint) {
