@@ -66,8 +66,7 @@ void TControlList::LoadFromStream(TStream& Stream) {
         }
         const int32_t l = Stream.ReadInt32(), t = Stream.ReadInt32();
         const int32_t r = Stream.ReadInt32(), b = Stream.ReadInt32();
-        SetBounds(c, l, t, static_cast<int32_t>(uint32_t(r) - uint32_t(l)),
-                  static_cast<int32_t>(uint32_t(b) - uint32_t(t)));
+        SetBounds(c, l, t, WrapSub(r, l), WrapSub(b, t));
     }
 }
 

@@ -12,19 +12,12 @@ namespace vde {
 
 namespace {
 
-// Arithmetic on values that may come from a stream wraps as 32-bit integers do on the
-// platform, instead of overflowing.
-int32_t WrapAdd(int32_t a, int32_t b) {
-    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
-}
-int32_t WrapSub(int32_t a, int32_t b) {
-    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
-}
-
-// Qt keeps widget geometry within this range; larger values would overflow inside Qt.
-constexpr int32_t kGeometryLimit = 16777215;
-int32_t ClampGeometry(int32_t v) {
-    return std::clamp(v, -kGeometryLimit, kGeometryLimit);
+// Applies Setter to the first min(pieces, labels) labels with their "|"-separated piece.
+template <class F> void ForEachLabelPiece(TDiagLabels& Labels, const QString& Value, F Setter) {
+    const QStringList pieces = Value.split(QLatin1Char('|'));
+    const size_t n = std::min<size_t>(size_t(pieces.size()), Labels.size());
+    for (size_t i = 0; i < n; ++i)
+        Setter(Labels[i], pieces[qsizetype(i)]);
 }
 
 constexpr int kLabelEntryMin = 4 + 4 + 1 + 4;
@@ -81,13 +74,16 @@ PDotMarkers TDiagObject::GetMarkersPtr(int Index) {
     return int64_t(m->size()) < k ? nullptr : m;
 }
 
-const TDotMarker* TDiagObject::GetMarker(int Index) const {
-    auto* self = const_cast<TDiagObject*>(this);
-    PDotMarkers m = self->GetMarkersPtr(Index);
+TDotMarker* TDiagObject::MarkerAt(int Index) {
+    PDotMarkers m = GetMarkersPtr(Index);
     if (!m)
         return nullptr;
     const int64_t k = Index < 0 ? -int64_t(Index) : int64_t(Index);
     return &(*m)[size_t(k - 1)];
+}
+
+const TDotMarker* TDiagObject::GetMarker(int Index) const {
+    return const_cast<TDiagObject*>(this)->MarkerAt(Index);
 }
 
 bool TDiagObject::GetConPoint(int Index, TPoint& P, bool UseMainRect) const {
@@ -143,9 +139,10 @@ int TDiagObject::GetSelMarkerSize() const {
 }
 
 void TDiagObject::SetSelMarkerSize(int Value) {
-    if (!GetMarker(FSelMarkerIndex))
+    TDotMarker* m = MarkerAt(FSelMarkerIndex);
+    if (!m)
         return;
-    const_cast<TDotMarker*>(GetMarker(FSelMarkerIndex))->Size = static_cast<uint8_t>(Value);
+    m->Size = static_cast<uint8_t>(Value);
     Invalidate();
 }
 
@@ -155,9 +152,10 @@ int TDiagObject::GetSelMarkerPos() const {
 }
 
 void TDiagObject::SetSelMarkerPos(int Value) {
-    if (!GetMarker(FSelMarkerIndex))
+    TDotMarker* m = MarkerAt(FSelMarkerIndex);
+    if (!m)
         return;
-    const_cast<TDotMarker*>(GetMarker(FSelMarkerIndex))->P.Y = Value;
+    m->P.Y = Value;
     if (FOnModifyMarkers)
         FOnModifyMarkers(this);
     Invalidate();
@@ -166,8 +164,7 @@ void TDiagObject::SetSelMarkerPos(int Value) {
 // --- bounds
 
 void TDiagObject::SetBounds(int ALeft, int ATop, int AWidth, int AHeight) {
-    setGeometry(ClampGeometry(ALeft), ClampGeometry(ATop), ClampGeometry(AWidth),
-                ClampGeometry(AHeight));
+    vde::SetBounds(this, ALeft, ATop, AWidth, AHeight);
     FInitRect = {ALeft, ATop, WrapSub(AWidth, 1), WrapSub(AHeight, 1)};
     if (FOnModifyBounds)
         FOnModifyBounds(this);
@@ -257,10 +254,9 @@ QString TDiagObject::GetTextValues() const {
 }
 
 void TDiagObject::SetTextValues(const QString& Value) {
-    const QStringList pieces = Value.split(QLatin1Char('|'));
-    const size_t n = std::min<size_t>(size_t(pieces.size()), FLabels.size());
-    for (size_t i = 0; i < n; ++i)
-        FLabels[i].Text = CutDiagObjectString(pieces[qsizetype(i)]);
+    ForEachLabelPiece(FLabels, Value, [](TDiagLabel& l, const QString& piece) {
+        l.Text = CutDiagObjectString(piece);
+    });
     UpdateAlignments();
     Invalidate();
 }
@@ -273,10 +269,9 @@ QString TDiagObject::GetTextHeights() const {
 }
 
 void TDiagObject::SetTextHeights(const QString& Value) {
-    const QStringList pieces = Value.split(QLatin1Char('|'));
-    const size_t n = std::min<size_t>(size_t(pieces.size()), FLabels.size());
-    for (size_t i = 0; i < n; ++i)
-        FLabels[i].Height = static_cast<uint8_t>(StrToInt(pieces[qsizetype(i)]));
+    ForEachLabelPiece(FLabels, Value, [](TDiagLabel& l, const QString& piece) {
+        l.Height = static_cast<uint8_t>(StrToInt(piece));
+    });
     UpdateAlignments();
     Invalidate();
 }
@@ -289,10 +284,8 @@ QString TDiagObject::GetTextPosValues() const {
 }
 
 void TDiagObject::SetTextPosValues(const QString& Value) {
-    const QStringList pieces = Value.split(QLatin1Char('|'));
-    const size_t n = std::min<size_t>(size_t(pieces.size()), FLabels.size());
-    for (size_t i = 0; i < n; ++i)
-        FLabels[i].Start = StrToPoint(pieces[qsizetype(i)]);
+    ForEachLabelPiece(FLabels, Value,
+                      [](TDiagLabel& l, const QString& piece) { l.Start = StrToPoint(piece); });
     Invalidate();
 }
 

@@ -63,6 +63,7 @@ public:
     // --- marker addressing: -k input k, +k output k, 0 none
     PDotMarkers GetMarkersPtr(int Index);
     const TDotMarker* GetMarker(int Index) const;
+    TDotMarker* MarkerAt(int Index);
     bool GetConPoint(int Index, TPoint& P, bool UseMainRect) const;
     int NearestMarkerIndex(TPoint From, double MinDist) const;
     // Looks within 10 pixels whatever MinDist says.

@@ -47,8 +47,8 @@ void TDiagObjectList::Remove(TDiagObject* Obj) {
 
 TDiagObject* TDiagObjectList::CreateObjByDiagType(TDiagObjectType ObjType, const TRect& R) {
     // The size may come from a stream: wrap as 32-bit arithmetic does instead of overflowing.
-    const auto w = static_cast<int32_t>(uint32_t(R.Right) - uint32_t(R.Left));
-    const auto h = static_cast<int32_t>(uint32_t(R.Bottom) - uint32_t(R.Top));
+    const int32_t w = WrapSub(R.Right, R.Left);
+    const int32_t h = WrapSub(R.Bottom, R.Top);
     switch (ObjType) {
     case doText:
         return new TDiagText(this, R.Left, R.Top, w, h, QStringLiteral("Text"), 0, 0, true);

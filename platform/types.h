@@ -38,6 +38,15 @@ using TColor = uint32_t;
 
 using TPoints = std::vector<TPoint>;
 
+// Arithmetic on values that may come from a stream wraps as 32-bit integers do, instead of
+// overflowing.
+inline int32_t WrapAdd(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+inline int32_t WrapSub(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
 inline TPoint Point(int32_t x, int32_t y) {
     return {x, y};
 }
