@@ -258,17 +258,8 @@ void TDiagConnectList::LoadFromStream(TStream& Stream,
                                       const std::function<void(TDiagConnection*)>& OnCreateConEvent,
                                       int n) {
     Clear();
-    if (n == -1) {
-        const int64_t at = Stream.Position();
-        n = Stream.ReadInt32();
-        if (n > 0 && int64_t(n) * kConnectionRecordBase > Stream.Remaining())
-            throw EFormatError(
-                QStringLiteral("Connection count %1 is larger than the %2 bytes that remain "
-                               "could hold")
-                    .arg(n)
-                    .arg(Stream.Remaining()),
-                at);
-    }
+    if (n == -1)
+        n = Stream.ReadCount("Connection count", kConnectionRecordBase, true);
     for (int i = 0; i < n; ++i) {
         TDiagConnection* c = TDiagConnection::LoadFromStream(Stream, this);
         if (OnCreateConEvent)

@@ -108,9 +108,11 @@ void TStream::WriteStr(const QString& s) {
     WriteBuffer(raw.data(), int64_t(raw.size()));
 }
 
-int32_t TStream::ReadCount(const char* what, int64_t elementSize) {
+int32_t TStream::ReadCount(const char* what, int64_t elementSize, bool negativeIsEmpty) {
     const int64_t at = Position();
     const int32_t n = ReadInt32();
+    if (n < 0 && negativeIsEmpty)
+        return 0;
     if (n < 0)
         throw EFormatError(
             QStringLiteral("%1 %2 is negative").arg(QString::fromLatin1(what)).arg(n), at);

@@ -44,8 +44,9 @@ public:
     QString ReadStr();
     void WriteStr(const QString& s);
     // A count of records of elementSize bytes each: an EFormatError naming `what` and the offset
-    // when it is negative or announces more records than the remaining bytes could hold.
-    int32_t ReadCount(const char* what, int64_t elementSize);
+    // when it announces more records than the remaining bytes could hold, or when it is negative
+    // (unless negativeIsEmpty, for formats where a count <= 0 means no records; 0 is returned).
+    int32_t ReadCount(const char* what, int64_t elementSize, bool negativeIsEmpty = false);
 };
 
 class TMemoryStream : public TStream {
