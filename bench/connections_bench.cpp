@@ -1,6 +1,6 @@
-#include "blocks/diag_object_list.h"
-#include "blocks/diag_text.h"
-#include "connections/diag_connect_list.h"
+#include "velDiagEdit/blocks/diag_object_list.h"
+#include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/connections/diag_connect_list.h"
 
 #include <benchmark/benchmark.h>
 #include <random>

@@ -1,6 +1,6 @@
-#include "blocks/control_list.h"
+#include "velDiagEdit/blocks/control_list.h"
 
-#include "platform/controls.h"
+#include "velDiagEdit/platform/controls.h"
 
 namespace vde {
 

@@ -2,7 +2,7 @@
 // Remembers the parent's ordinary child widgets (not blocks) by name and bounds, so that a
 // saved diagram can put them back where they were. It never owns them.
 
-#include "platform/streams.h"
+#include "velDiagEdit/platform/streams.h"
 
 #include <QPointer>
 #include <QStringList>

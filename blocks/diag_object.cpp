@@ -1,9 +1,9 @@
-#include "blocks/diag_object.h"
+#include "velDiagEdit/blocks/diag_object.h"
 
-#include "blocks/diag_object_list.h"
-#include "geometry/codecs.h"
-#include "platform/convert.h"
-#include "platform/errors.h"
+#include "velDiagEdit/blocks/diag_object_list.h"
+#include "velDiagEdit/geometry/codecs.h"
+#include "velDiagEdit/platform/convert.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <QStringList>
 #include <cfloat>

@@ -3,11 +3,11 @@
 // (connection points) on its left (inputs) and right (outputs) side, text labels, the lines and
 // rectangles of its symbol, selection state and a key by which connections find it.
 
-#include "geometry/diag_types.h"
-#include "platform/canvas.h"
-#include "platform/controls.h"
-#include "platform/streams.h"
-#include "platform/types.h"
+#include "velDiagEdit/geometry/diag_types.h"
+#include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/streams.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QString>
 #include <vector>

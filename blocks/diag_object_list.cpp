@@ -1,7 +1,7 @@
-#include "blocks/diag_object_list.h"
+#include "velDiagEdit/blocks/diag_object_list.h"
 
-#include "blocks/diag_rs_trigger.h"
-#include "blocks/diag_text.h"
+#include "velDiagEdit/blocks/diag_rs_trigger.h"
+#include "velDiagEdit/blocks/diag_text.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 // Owns a diagram's blocks: creates them by kind, finds them by key, deletes them (telling its
 // owner first) and reads and writes them as one stream record.
 
-#include "blocks/diag_object.h"
+#include "velDiagEdit/blocks/diag_object.h"
 
 #include <QPointer>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "blocks/diag_rs_trigger.h"
+#include "velDiagEdit/blocks/diag_rs_trigger.h"
 
 #include <QStringList>
 

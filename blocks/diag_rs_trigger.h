@@ -1,7 +1,7 @@
 #pragma once
 // The RS flip-flop: labels R, S and T in three regions of the body, split by two mid lines.
 
-#include "blocks/diag_text.h"
+#include "velDiagEdit/blocks/diag_text.h"
 
 namespace vde {
 

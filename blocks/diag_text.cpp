@@ -1,4 +1,4 @@
-#include "blocks/diag_text.h"
+#include "velDiagEdit/blocks/diag_text.h"
 
 namespace vde {
 

@@ -1,7 +1,7 @@
 #pragma once
 // The framed text block and the logic gates built on it.
 
-#include "blocks/diag_object.h"
+#include "velDiagEdit/blocks/diag_object.h"
 
 namespace vde {
 

@@ -1,6 +1,6 @@
-#include "connections/diag_connect_list.h"
+#include "velDiagEdit/connections/diag_connect_list.h"
 
-#include "platform/errors.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <algorithm>
 #include <cfloat>

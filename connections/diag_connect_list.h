@@ -3,8 +3,8 @@
 // index and a segment by a LongRec (Hi = connection + 1, Lo = segment + 1), fans block events
 // out to the connections and reads and writes them all as one stream block.
 
-#include "connections/diag_connection.h"
-#include "platform/canvas.h"
+#include "velDiagEdit/connections/diag_connection.h"
+#include "velDiagEdit/platform/canvas.h"
 
 #include <memory>
 #include <vector>

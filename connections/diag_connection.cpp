@@ -1,8 +1,8 @@
-#include "connections/diag_connection.h"
+#include "velDiagEdit/connections/diag_connection.h"
 
-#include "connections/diag_connect_list.h"
-#include "geometry/geometry.h"
-#include "platform/errors.h"
+#include "velDiagEdit/connections/diag_connect_list.h"
+#include "velDiagEdit/geometry/geometry.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <QtEndian>
 #include <algorithm>

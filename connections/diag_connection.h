@@ -3,9 +3,9 @@
 // marker or onto a segment of another wire (a junction). Automatic connections are routed by
 // MakePath; hand-drawn ones are built segment by segment and only re-anchored.
 
-#include "blocks/diag_object.h"
-#include "platform/streams.h"
-#include "platform/types.h"
+#include "velDiagEdit/blocks/diag_object.h"
+#include "velDiagEdit/platform/streams.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QPointer>
 

@@ -1,4 +1,4 @@
-#include "dialogs/dialog_controls.h"
+#include "velDiagEdit/dialogs/dialog_controls.h"
 
 #include <QApplication>
 #include <QFocusEvent>

@@ -3,7 +3,7 @@
 // client area, an edit with its label above it, an up-down control bound to an edit, a radio
 // group and buttons that end the form with a modal result.
 
-#include "platform/dialog_service.h"
+#include "velDiagEdit/platform/dialog_service.h"
 
 #include <QDialog>
 #include <QFont>

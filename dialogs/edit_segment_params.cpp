@@ -1,4 +1,4 @@
-#include "dialogs/edit_segment_params.h"
+#include "velDiagEdit/dialogs/edit_segment_params.h"
 
 namespace vde {
 

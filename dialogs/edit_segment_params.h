@@ -1,9 +1,9 @@
 #pragma once
 // The segment parameter dialog: the size and the angle of a connection segment.
 
-#include "dialogs/dialog_controls.h"
-#include "platform/controls.h"
-#include "platform/types.h"
+#include "velDiagEdit/dialogs/dialog_controls.h"
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QString>
 #include <cstdint>

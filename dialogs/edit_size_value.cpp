@@ -1,4 +1,4 @@
-#include "dialogs/edit_size_value.h"
+#include "velDiagEdit/dialogs/edit_size_value.h"
 
 namespace vde {
 

@@ -1,9 +1,9 @@
 #pragma once
 // The size value dialog: one integer within a range, stepped by an increment.
 
-#include "dialogs/dialog_controls.h"
-#include "platform/controls.h"
-#include "platform/types.h"
+#include "velDiagEdit/dialogs/dialog_controls.h"
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QString>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "dialogs/select_item_dlg.h"
+#include "velDiagEdit/dialogs/select_item_dlg.h"
 
 #include <QRadioButton>
 #include <QStyle>

@@ -1,7 +1,7 @@
 #pragma once
 // The item selection dialog: one of a list of strings, as a column of radio buttons.
 
-#include "dialogs/dialog_controls.h"
+#include "velDiagEdit/dialogs/dialog_controls.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,7 +1,7 @@
-#include "geometry/codecs.h"
+#include "velDiagEdit/geometry/codecs.h"
 
-#include "platform/convert.h"
-#include "platform/errors.h"
+#include "velDiagEdit/platform/convert.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <QStringList>
 

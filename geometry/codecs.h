@@ -2,8 +2,8 @@
 // Text forms of points ("x,y"), segment addresses ("Hi,Lo") and integer arrays ("1,2,3"), and
 // the display names and default sizes of the block kinds.
 
-#include "geometry/diag_types.h"
-#include "platform/types.h"
+#include "velDiagEdit/geometry/diag_types.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 #pragma once
 // The one-byte enumerations shared by blocks, connections, commands and streams.
 
-#include "platform/enum_names.h"
+#include "velDiagEdit/platform/enum_names.h"
 
 #include <cstdint>
 

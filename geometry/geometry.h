@@ -2,7 +2,7 @@
 // Integer geometry: the segment of a polyline nearest to a point, and where a vertical or
 // horizontal line crosses a sloped one.
 
-#include "platform/types.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <array>
 

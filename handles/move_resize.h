@@ -15,9 +15,9 @@
 // nothing is freed twice. The controls are never owned; the current one is watched, so a control
 // deleted while it carries the handles reads as none.
 
-#include "platform/controls.h"
-#include "platform/panel.h"
-#include "platform/types.h"
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/panel.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,6 +1,6 @@
-#include "platform/canvas.h"
+#include "velDiagEdit/platform/canvas.h"
 
-#include "platform/painter_backend.h"
+#include "velDiagEdit/platform/painter_backend.h"
 
 #include <QFontMetrics>
 #include <QHash>

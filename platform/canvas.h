@@ -9,8 +9,8 @@
 // Drawing goes through a backend: a QPainter (a widget during its paint, an image, an SVG
 // generator, a printer) or a recorder that logs every operation for exact tests.
 
-#include "platform/colors.h"
-#include "platform/types.h"
+#include "velDiagEdit/platform/colors.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QFont>
 #include <QString>

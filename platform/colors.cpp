@@ -1,4 +1,4 @@
-#include "platform/colors.h"
+#include "velDiagEdit/platform/colors.h"
 
 #include <QGuiApplication>
 #include <QPalette>

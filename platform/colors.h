@@ -1,7 +1,7 @@
 #pragma once
 // Colour values ($00BBGGRR, system colours as $FF0000xx) and their Qt equivalents.
 
-#include "platform/types.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QColor>
 

@@ -1,4 +1,4 @@
-#include "platform/components.h"
+#include "velDiagEdit/platform/components.h"
 
 #include <QPointer>
 #include <vector>

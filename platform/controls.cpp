@@ -1,4 +1,4 @@
-#include "platform/controls.h"
+#include "velDiagEdit/platform/controls.h"
 
 #include <QMouseEvent>
 #include <QPainter>

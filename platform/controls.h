@@ -4,8 +4,8 @@
 // control. Mouse events of controls are std::function members; a foreign widget gets them
 // through an event filter that takes over its mouse handling while any handler is set.
 
-#include "platform/canvas.h"
-#include "platform/types.h"
+#include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QWidget>
 #include <functional>

@@ -1,6 +1,6 @@
-#include "platform/convert.h"
+#include "velDiagEdit/platform/convert.h"
 
-#include "platform/errors.h"
+#include "velDiagEdit/platform/errors.h"
 
 namespace vde {
 

@@ -1,9 +1,9 @@
-#include "platform/dialog_service.h"
+#include "velDiagEdit/platform/dialog_service.h"
 
-#include "dialogs/dialog_controls.h"
-#include "dialogs/edit_segment_params.h"
-#include "dialogs/edit_size_value.h"
-#include "dialogs/select_item_dlg.h"
+#include "velDiagEdit/dialogs/dialog_controls.h"
+#include "velDiagEdit/dialogs/edit_segment_params.h"
+#include "velDiagEdit/dialogs/edit_size_value.h"
+#include "velDiagEdit/dialogs/select_item_dlg.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -4,8 +4,8 @@
 // Qt dialogs; tests install a scripted service that answers from a queue and records what was
 // asked, so that no test ever blocks on a window nobody closes.
 
-#include "platform/errors.h"
-#include "platform/types.h"
+#include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QString>
 #include <QStringList>

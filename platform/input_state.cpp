@@ -1,4 +1,4 @@
-#include "platform/input_state.h"
+#include "velDiagEdit/platform/input_state.h"
 
 #include <QCursor>
 #include <QGuiApplication>

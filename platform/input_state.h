@@ -2,8 +2,8 @@
 // Cursor position, keyboard shift state, the screen cursor and mouse capture, behind one
 // replaceable interface: the default reads Qt; tests install a scripted one.
 
-#include "platform/controls.h"
-#include "platform/types.h"
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QStringList>
 #include <Qt>

@@ -1,7 +1,7 @@
-#include "platform/paint_hook.h"
+#include "velDiagEdit/platform/paint_hook.h"
 
-#include "platform/canvas.h"
-#include "platform/controls.h"
+#include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/platform/controls.h"
 
 #include <QAbstractScrollArea>
 #include <QCoreApplication>

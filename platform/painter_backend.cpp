@@ -1,4 +1,4 @@
-#include "platform/painter_backend.h"
+#include "velDiagEdit/platform/painter_backend.h"
 
 #include <QPaintDevice>
 #include <QPainter>

@@ -3,7 +3,7 @@
 // lines and rectangle frames are laid pixel by pixel so the raster conventions hold exactly;
 // on vector devices (SVG, printers) the same shapes go out as vector primitives.
 
-#include "platform/canvas.h"
+#include "velDiagEdit/platform/canvas.h"
 
 class QPainter;
 

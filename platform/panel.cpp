@@ -1,6 +1,6 @@
-#include "platform/panel.h"
+#include "velDiagEdit/platform/panel.h"
 
-#include "platform/components.h"
+#include "velDiagEdit/platform/components.h"
 
 namespace vde {
 

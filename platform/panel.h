@@ -7,8 +7,8 @@
 // frees it when the owner goes; its Qt parent (SetParent) only decides where it is shown. Anyone
 // may delete it earlier; the owner then forgets it.
 
-#include "platform/colors.h"
-#include "platform/input_state.h"
+#include "velDiagEdit/platform/colors.h"
+#include "velDiagEdit/platform/input_state.h"
 
 #include <QFrame>
 #include <QPointer>

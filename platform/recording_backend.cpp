@@ -1,4 +1,4 @@
-#include "platform/recording_backend.h"
+#include "velDiagEdit/platform/recording_backend.h"
 
 namespace vde {
 

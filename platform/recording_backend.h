@@ -1,7 +1,7 @@
 #pragma once
 // Logs every canvas operation with the pen, brush and font in force, for exact tests.
 
-#include "platform/canvas.h"
+#include "velDiagEdit/platform/canvas.h"
 
 #include <QStringList>
 #include <vector>

@@ -1,6 +1,6 @@
-#include "platform/streams.h"
+#include "velDiagEdit/platform/streams.h"
 
-#include "platform/errors.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <QFile>
 #include <QIODevice>

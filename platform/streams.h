@@ -3,7 +3,7 @@
 // raise on a short transfer. Numbers are little-endian whatever the host. The record helpers
 // check every count against the bytes that remain before anything is allocated.
 
-#include "platform/types.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QString>
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "timechart/time_chart.h"
+#include "velDiagEdit/timechart/time_chart.h"
 
-#include "platform/painter_backend.h"
+#include "velDiagEdit/platform/painter_backend.h"
 
 #include <QFont>
 #include <QPainter>

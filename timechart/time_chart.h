@@ -5,8 +5,8 @@
 // percent of its height. Nothing is remembered of what was drawn: a repaint is the host calling
 // the same sequence again.
 
-#include "platform/canvas.h"
-#include "platform/types.h"
+#include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/platform/types.h"
 
 #include <QLabel>
 #include <QPointer>

@@ -1,4 +1,4 @@
-#include "timechart/time_chart_export.h"
+#include "velDiagEdit/timechart/time_chart_export.h"
 
 #include <QPainter>
 #include <QSvgGenerator>

@@ -2,7 +2,7 @@
 // Puts a timing chart into a picture the way a host window shows it: the background, the
 // chart's drawing, and the chart's caption label (a widget of its own) over it at its place.
 
-#include "timechart/time_chart.h"
+#include "velDiagEdit/timechart/time_chart.h"
 
 #include <QImage>
 #include <QSize>

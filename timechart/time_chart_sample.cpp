@@ -1,4 +1,4 @@
-#include "timechart/time_chart_sample.h"
+#include "velDiagEdit/timechart/time_chart_sample.h"
 
 namespace vde {
 

@@ -2,7 +2,7 @@
 // The sample timing chart that the demo host shows and the documentation pictures are made
 // from: a valve's opening and holding phases with their durations.
 
-#include "timechart/time_chart.h"
+#include "velDiagEdit/timechart/time_chart.h"
 
 #include <QSize>
 #include <QString>

@@ -2,11 +2,11 @@
 // the wires between them.
 #include "demo_pages.h"
 
-#include "blocks/diag_object_list.h"
-#include "blocks/diag_rs_trigger.h"
-#include "blocks/diag_text.h"
-#include "connections/diag_connect_list.h"
-#include "platform/paint_hook.h"
+#include "velDiagEdit/blocks/diag_object_list.h"
+#include "velDiagEdit/blocks/diag_rs_trigger.h"
+#include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/connections/diag_connect_list.h"
+#include "velDiagEdit/platform/paint_hook.h"
 
 #include <memory>
 

@@ -1,9 +1,9 @@
 // Demo page: opens each prompt of the library through the dialog service and shows what it
 // gave back.
 #include "demo_pages.h"
-#include "dialogs/edit_segment_params.h"
-#include "dialogs/edit_size_value.h"
-#include "platform/dialog_service.h"
+#include "velDiagEdit/dialogs/edit_segment_params.h"
+#include "velDiagEdit/dialogs/edit_size_value.h"
+#include "velDiagEdit/platform/dialog_service.h"
 
 #include <QGridLayout>
 #include <QLabel>

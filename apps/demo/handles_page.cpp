@@ -2,7 +2,7 @@
 // and a push button, both under move/resize control; the line edit was pressed last, so its
 // eight handles surround it. Drag a widget to move it, drag a handle to resize it.
 #include "demo_pages.h"
-#include "handles/move_resize.h"
+#include "velDiagEdit/handles/move_resize.h"
 
 #include <QFrame>
 #include <QLabel>

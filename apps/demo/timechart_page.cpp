@@ -2,8 +2,8 @@
 // over itself on every paint, with a caption label standing beside the chart.
 #include "demo_pages.h"
 
-#include "timechart/time_chart.h"
-#include "timechart/time_chart_sample.h"
+#include "velDiagEdit/timechart/time_chart.h"
+#include "velDiagEdit/timechart/time_chart_sample.h"
 
 #include <QLabel>
 #include <QWidget>

@@ -1,9 +1,9 @@
 // Painting of the blocks, operation by operation, through the recording canvas.
 
 #include "blocks/block_test_util.h"
-#include "blocks/diag_rs_trigger.h"
-#include "blocks/diag_text.h"
-#include "platform/recording_backend.h"
+#include "velDiagEdit/blocks/diag_rs_trigger.h"
+#include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/platform/recording_backend.h"
 
 #include <QTest>
 #include <gtest/gtest.h>

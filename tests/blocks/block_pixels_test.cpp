@@ -1,8 +1,8 @@
 // The blocks as they appear: each kind rendered with its parent widget into an image.
 
 #include "blocks/block_test_util.h"
-#include "blocks/diag_rs_trigger.h"
-#include "blocks/diag_text.h"
+#include "velDiagEdit/blocks/diag_rs_trigger.h"
+#include "velDiagEdit/blocks/diag_text.h"
 
 #include <QPalette>
 #include <QTest>

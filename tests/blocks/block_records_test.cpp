@@ -1,9 +1,9 @@
 // Block and block-list records: hand-written golden bytes both ways, and bad input.
 
 #include "blocks/block_test_util.h"
-#include "blocks/diag_rs_trigger.h"
-#include "blocks/diag_text.h"
-#include "platform/errors.h"
+#include "velDiagEdit/blocks/diag_rs_trigger.h"
+#include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 // Shared set-up of the block tests: a parent widget with its block list, text metrics as the
 // block canvas measures them, and byte builders for block records.
 
-#include "blocks/diag_object_list.h"
 #include "common/test_util.h"
-#include "platform/canvas.h"
+#include "velDiagEdit/blocks/diag_object_list.h"
+#include "velDiagEdit/platform/canvas.h"
 
 #include <QWidget>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // The list of the parent's foreign controls: lookup by name and its record.
 
-#include "blocks/control_list.h"
 #include "common/test_util.h"
-#include "platform/controls.h"
-#include "platform/errors.h"
+#include "velDiagEdit/blocks/control_list.h"
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <QLineEdit>
 #include <QPushButton>

@@ -2,8 +2,8 @@
 // RS flip-flop's regions.
 
 #include "blocks/block_test_util.h"
-#include "blocks/diag_rs_trigger.h"
-#include "blocks/diag_text.h"
+#include "velDiagEdit/blocks/diag_rs_trigger.h"
+#include "velDiagEdit/blocks/diag_text.h"
 
 #include <gtest/gtest.h>
 

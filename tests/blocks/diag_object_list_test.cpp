@@ -1,8 +1,8 @@
 // The block list: creation by kind, keys, lookup, deletion, selection and events.
 
 #include "blocks/block_test_util.h"
-#include "blocks/diag_rs_trigger.h"
-#include "blocks/diag_text.h"
+#include "velDiagEdit/blocks/diag_rs_trigger.h"
+#include "velDiagEdit/blocks/diag_text.h"
 
 #include <QPointer>
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 // alignment and selection.
 
 #include "blocks/block_test_util.h"
-#include "blocks/diag_object.h"
-#include "platform/errors.h"
+#include "velDiagEdit/blocks/diag_object.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <gtest/gtest.h>
 

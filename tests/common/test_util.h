@@ -1,8 +1,8 @@
 #pragma once
 // Helpers shared by the tests: byte builders for golden records, image pixel access.
 
-#include "platform/colors.h"
-#include "platform/streams.h"
+#include "velDiagEdit/platform/colors.h"
+#include "velDiagEdit/platform/streams.h"
 
 #include <QImage>
 #include <QString>

@@ -3,7 +3,7 @@
 
 #include "connection_test_util.h"
 
-#include "platform/errors.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <cfloat>
 #include <random>

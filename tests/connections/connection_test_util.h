@@ -2,11 +2,11 @@
 // Shared helpers of the connection tests: blocks to connect, a recording canvas, wires with
 // hand-set paths, and readable gtest output for the value types.
 
-#include "blocks/diag_object_list.h"
-#include "blocks/diag_text.h"
-#include "connections/diag_connect_list.h"
-#include "connections/diag_connection.h"
-#include "platform/recording_backend.h"
+#include "velDiagEdit/blocks/diag_object_list.h"
+#include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/connections/diag_connect_list.h"
+#include "velDiagEdit/connections/diag_connection.h"
+#include "velDiagEdit/platform/recording_backend.h"
 
 #include <gtest/gtest.h>
 #include <initializer_list>

@@ -3,8 +3,8 @@
 #include "connection_test_util.h"
 
 #include "common/test_util.h"
-#include "platform/errors.h"
-#include "platform/streams.h"
+#include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/streams.h"
 
 #include <random>
 #include <typeinfo>

@@ -3,7 +3,7 @@
 
 #include "connection_test_util.h"
 
-#include "platform/streams.h"
+#include "velDiagEdit/platform/streams.h"
 
 #include <random>
 

@@ -4,7 +4,7 @@
 #include "connection_test_util.h"
 
 #include "common/test_util.h"
-#include "platform/paint_hook.h"
+#include "velDiagEdit/platform/paint_hook.h"
 
 #include <QCoreApplication>
 #include <QImage>

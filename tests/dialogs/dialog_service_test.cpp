@@ -1,8 +1,8 @@
-#include "dialogs/edit_segment_params.h"
-#include "dialogs/edit_size_value.h"
-#include "dialogs/select_item_dlg.h"
 #include "modal_driver.h"
-#include "platform/dialog_service.h"
+#include "velDiagEdit/dialogs/edit_segment_params.h"
+#include "velDiagEdit/dialogs/edit_size_value.h"
+#include "velDiagEdit/dialogs/select_item_dlg.h"
+#include "velDiagEdit/platform/dialog_service.h"
 
 #include <QDialogButtonBox>
 #include <QDir>

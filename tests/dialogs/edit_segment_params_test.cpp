@@ -1,5 +1,5 @@
-#include "dialogs/edit_segment_params.h"
 #include "modal_driver.h"
+#include "velDiagEdit/dialogs/edit_segment_params.h"
 
 #include <QFontDatabase>
 #include <QGuiApplication>

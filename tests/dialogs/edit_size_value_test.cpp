@@ -1,5 +1,5 @@
-#include "dialogs/edit_size_value.h"
 #include "modal_driver.h"
+#include "velDiagEdit/dialogs/edit_size_value.h"
 
 #include <QLabel>
 #include <QToolButton>

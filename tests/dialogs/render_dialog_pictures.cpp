@@ -1,9 +1,9 @@
 // Renders the three value dialogs, as a user sees them, to PNG files in the directory given
 // as the first argument: dialog_edit_params.png, dialog_edit_size.png, dialog_select_item.png.
 // The window frame is drawn as a plain title bar with the caption.
-#include "dialogs/edit_segment_params.h"
-#include "dialogs/edit_size_value.h"
-#include "dialogs/select_item_dlg.h"
+#include "velDiagEdit/dialogs/edit_segment_params.h"
+#include "velDiagEdit/dialogs/edit_size_value.h"
+#include "velDiagEdit/dialogs/select_item_dlg.h"
 
 #include <QApplication>
 #include <QDir>

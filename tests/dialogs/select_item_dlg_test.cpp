@@ -1,5 +1,5 @@
-#include "dialogs/select_item_dlg.h"
 #include "modal_driver.h"
+#include "velDiagEdit/dialogs/select_item_dlg.h"
 
 #include <QGuiApplication>
 #include <QRadioButton>

@@ -1,9 +1,9 @@
 // Fuzz target over the block-list and connection-list readers. The first byte picks the reader,
 // the rest is the stream. Any input must end in success or a typed error, never in a crash or
 // an out-of-bounds read.
-#include "blocks/diag_object_list.h"
-#include "connections/diag_connect_list.h"
-#include "platform/errors.h"
+#include "velDiagEdit/blocks/diag_object_list.h"
+#include "velDiagEdit/connections/diag_connect_list.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <QApplication>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // Writes the seed corpus: valid block-list and connection-list streams, each prefixed with the
 // byte that picks its reader. Run once; the files are kept in tests/fuzz/corpus.
-#include "blocks/diag_object_list.h"
-#include "blocks/diag_text.h"
-#include "connections/diag_connect_list.h"
+#include "velDiagEdit/blocks/diag_object_list.h"
+#include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/connections/diag_connect_list.h"
 
 #include <QApplication>
 #include <QFile>

@@ -1,5 +1,5 @@
-#include "geometry/codecs.h"
-#include "platform/errors.h"
+#include "velDiagEdit/geometry/codecs.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "geometry/geometry.h"
+#include "velDiagEdit/geometry/geometry.h"
 
 #include <cfloat>
 #include <gtest/gtest.h>

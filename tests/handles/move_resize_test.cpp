@@ -1,8 +1,8 @@
 #include "common/test_util.h"
-#include "handles/move_resize.h"
-#include "platform/components.h"
-#include "platform/errors.h"
-#include "platform/input_state.h"
+#include "velDiagEdit/handles/move_resize.h"
+#include "velDiagEdit/platform/components.h"
+#include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/input_state.h"
 
 #include <QLabel>
 #include <QLineEdit>

@@ -1,6 +1,6 @@
 #include "common/test_util.h"
-#include "platform/components.h"
-#include "platform/panel.h"
+#include "velDiagEdit/platform/components.h"
+#include "velDiagEdit/platform/panel.h"
 
 #include <QLabel>
 #include <QPointer>

@@ -1,7 +1,7 @@
 #include "common/test_util.h"
-#include "platform/canvas.h"
-#include "platform/painter_backend.h"
-#include "platform/recording_backend.h"
+#include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/platform/painter_backend.h"
+#include "velDiagEdit/platform/recording_backend.h"
 
 #include <QPainter>
 #include <QWidget>

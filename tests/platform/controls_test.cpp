@@ -1,5 +1,5 @@
-#include "platform/controls.h"
-#include "platform/input_state.h"
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/input_state.h"
 
 #include <QPushButton>
 #include <QSignalSpy>

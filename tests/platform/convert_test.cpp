@@ -1,5 +1,5 @@
-#include "platform/convert.h"
-#include "platform/errors.h"
+#include "velDiagEdit/platform/convert.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "common/test_util.h"
-#include "platform/canvas.h"
-#include "platform/paint_hook.h"
+#include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/platform/paint_hook.h"
 
 #include <QApplication>
 #include <QFrame>

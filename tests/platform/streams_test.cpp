@@ -1,6 +1,6 @@
 #include "common/test_util.h"
-#include "platform/errors.h"
-#include "platform/streams.h"
+#include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/streams.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // The timing chart on real devices: an image, a widget during its paint, PNG and SVG files.
 #include "common/test_util.h"
-#include "timechart/time_chart.h"
-#include "timechart/time_chart_export.h"
-#include "timechart/time_chart_sample.h"
+#include "velDiagEdit/timechart/time_chart.h"
+#include "velDiagEdit/timechart/time_chart_export.h"
+#include "velDiagEdit/timechart/time_chart_sample.h"
 
 #include <QFile>
 #include <QPainter>

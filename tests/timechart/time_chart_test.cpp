@@ -1,6 +1,6 @@
 // Exact drawing of the timing chart, checked through the recording canvas.
-#include "platform/recording_backend.h"
-#include "timechart/time_chart.h"
+#include "velDiagEdit/platform/recording_backend.h"
+#include "velDiagEdit/timechart/time_chart.h"
 
 #include <QFontMetrics>
 #include <QImage>

@@ -1,6 +1,6 @@
 // Writes the sample timing chart as PNG and SVG, the pictures the documentation shows.
-#include "timechart/time_chart_export.h"
-#include "timechart/time_chart_sample.h"
+#include "velDiagEdit/timechart/time_chart_export.h"
+#include "velDiagEdit/timechart/time_chart_sample.h"
 
 #include <QApplication>
 #include <QLabel>

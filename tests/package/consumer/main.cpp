@@ -1,8 +1,8 @@
 // Builds a small diagram on a host panel, saves it and loads it back; exits 0 when the bytes
 // agree.
-#include <blocks/diag_object_list.h>
-#include <connections/diag_connect_list.h>
-#include <platform/streams.h>
+#include <velDiagEdit/blocks/diag_object_list.h>
+#include <velDiagEdit/connections/diag_connect_list.h>
+#include <velDiagEdit/platform/streams.h>
 
 #include <QApplication>
 #include <cstdio>
