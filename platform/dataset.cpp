@@ -470,8 +470,16 @@ const QVariant& TDataSet::BufferValue(int index) const {
     return CurrentValue(index);
 }
 
+// The SQL drivers bind a null QString as NULL; an empty text is still a text, and a key stored as
+// NULL could never be located again.
+static QVariant NonNullText(const QVariant& v) {
+    if (v.metaType().id() == QMetaType::QString && v.toString().isNull())
+        return QVariant(QStringLiteral(""));
+    return v;
+}
+
 void TDataSet::Assign(int index, const QVariant& value) {
-    FBuffer[size_t(index)] = value;
+    FBuffer[size_t(index)] = NonNullText(value);
     FAssigned[size_t(index)] = true;
 }
 
@@ -539,7 +547,7 @@ bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
                        conds.join(QStringLiteral(" AND ")),
                        select.mid(0, qsizetype(FKeyColumns.size())).join(QStringLiteral(", "))));
     for (const QString& w : wanted)
-        q.addBindValue(w);
+        q.addBindValue(NonNullText(QVariant(w)));
     if (!q.exec())
         Fail(QStringLiteral("cannot locate a record"), DriverReason(q.lastError()));
     // The server narrows the search; the exact comparison is made here, so that no collation
