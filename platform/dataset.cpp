@@ -470,16 +470,18 @@ const QVariant& TDataSet::BufferValue(int index) const {
     return CurrentValue(index);
 }
 
-// The SQL drivers bind a null QString as NULL; an empty text is still a text, and a key stored as
-// NULL could never be located again.
-static QVariant NonNullText(const QVariant& v) {
+// The SQL drivers bind a null QString or QByteArray as NULL. An empty text or blob is still a
+// value: a key stored as NULL could never be located again, and an empty blob is not a null one.
+static QVariant NonNullEmpty(const QVariant& v) {
     if (v.metaType().id() == QMetaType::QString && v.toString().isNull())
         return QVariant(QStringLiteral(""));
+    if (v.metaType().id() == QMetaType::QByteArray && v.toByteArray().isNull())
+        return QVariant(QByteArray(""));
     return v;
 }
 
 void TDataSet::Assign(int index, const QVariant& value) {
-    FBuffer[size_t(index)] = NonNullText(value);
+    FBuffer[size_t(index)] = NonNullEmpty(value);
     FAssigned[size_t(index)] = true;
 }
 
@@ -547,7 +549,7 @@ bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
                        conds.join(QStringLiteral(" AND ")),
                        select.mid(0, qsizetype(FKeyColumns.size())).join(QStringLiteral(", "))));
     for (const QString& w : wanted)
-        q.addBindValue(NonNullText(QVariant(w)));
+        q.addBindValue(NonNullEmpty(QVariant(w)));
     if (!q.exec())
         Fail(QStringLiteral("cannot locate a record"), DriverReason(q.lastError()));
     // The server narrows the search; the exact comparison is made here, so that no collation
@@ -620,8 +622,10 @@ void TDataSet::Post() {
     const std::vector<bool> oldLoaded = FLoaded;
     if (tx && !db.transaction())
         Fail(QStringLiteral("cannot start a transaction"), DriverReason(db.lastError()));
+    // Declared outside the try so that the statement is freed after the rollback, not inside an
+    // aborted transaction.
+    QSqlQuery q(db);
     try {
-        QSqlQuery q(db);
         std::vector<QVariant> key;
         if (FState == dsEdit) {
             QStringList assigns;

@@ -31,6 +31,27 @@ QString ScriptPath() {
 
 } // namespace
 
+QStringList HostileValues() {
+    QString longValue;
+    while (longValue.size() < 10000)
+        longValue += QStringLiteral("ab'\\;%_\"-");
+    longValue.truncate(10000);
+    return {QStringLiteral("it's"),
+            QStringLiteral("say \"hi\""),
+            QStringLiteral("back\\slash\\\\"),
+            QStringLiteral("semi;colon"),
+            QStringLiteral("dash -- comment"),
+            QStringLiteral("%"),
+            QStringLiteral("_"),
+            QStringLiteral("a%"),
+            QStringLiteral("a_c"),
+            QStringLiteral("'); DROP TABLE sentinel; --"),
+            QString::fromUtf8("non-BMP \xF0\x9F\x98\x80 \xF0\x9D\x84\x9E"),
+            QStringLiteral(" padded "),
+            QString(),
+            longValue};
+}
+
 QString MissingServerMessage() {
     const bool ci = !qEnvironmentVariableIsEmpty("CI");
     return QStringLiteral(

@@ -25,6 +25,11 @@ struct DbKindName {
     }
 };
 
+// Key values that would change a statement built from text, or trip a careless comparison:
+// quotes, backslashes, ";", "--", "%", "_", non-BMP characters, the empty text, 10,000 characters.
+// None holds "|".
+QStringList HostileValues();
+
 // The message a test fails with when VDE_PG_URL is not set.
 QString MissingServerMessage();
 

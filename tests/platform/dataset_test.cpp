@@ -19,28 +19,6 @@ QByteArray StreamBytes(TStream& s) {
     return b;
 }
 
-// Values that would change a statement built from text, or trip a careless comparison.
-QStringList HostileValues() {
-    QString longValue;
-    while (longValue.size() < 10000)
-        longValue += QStringLiteral("ab'\\;%_\"-");
-    longValue.truncate(10000);
-    return {QStringLiteral("it's"),
-            QStringLiteral("say \"hi\""),
-            QStringLiteral("back\\slash\\\\"),
-            QStringLiteral("semi;colon"),
-            QStringLiteral("dash -- comment"),
-            QStringLiteral("%"),
-            QStringLiteral("_"),
-            QStringLiteral("a%"),
-            QStringLiteral("a_c"),
-            QStringLiteral("'); DROP TABLE sentinel; --"),
-            QString::fromUtf8("non-BMP \xF0\x9F\x98\x80 \xF0\x9D\x84\x9E"),
-            QStringLiteral(" padded "),
-            QString(),
-            longValue};
-}
-
 class DataSetTest : public ::testing::TestWithParam<DbKind> {
 protected:
     void SetUp() override {
@@ -239,7 +217,7 @@ TEST_P(DataSetTest, LocatePostsAPendingEditFirst) {
 TEST_P(DataSetTest, HostileKeyValuesRoundTripAndNeverChangeTheSql) {
     const QString sentinel = FDb->NewTableName(QStringLiteral("sentinel"));
     FDb->Exec(QStringLiteral("CREATE TABLE %1 (x INTEGER)").arg(FDb->Quote(sentinel)));
-    QStringList values = HostileValues();
+    QStringList values = vde::test::HostileValues();
     values << QStringLiteral("'); DROP TABLE \"%1\"; --").arg(sentinel)
            << QStringLiteral("\"; DROP TABLE \"%1\"; --").arg(sentinel);
     TDataSet ds(FDb->ConnectionName(), FTable);
