@@ -447,6 +447,48 @@ TEST_P(DataSetTest, EditOfARecordDeletedMeanwhileRaises) {
     EXPECT_EQ(FDb->RowCount(FTable), 0);
 }
 
+TEST_P(DataSetTest, ACompositeTextPrimaryKeyIdentifiesTheRecord) {
+    const QString t = FDb->NewTableName(QStringLiteral("Composite"));
+    FDb->Exec(QStringLiteral("CREATE TABLE %1 (\"Section\" TEXT, \"Key\" TEXT, \"BinData\" %2, "
+                             "PRIMARY KEY (\"Section\", \"Key\"))")
+                  .arg(FDb->Quote(t), FDb->BlobType()));
+    TDataSet ds(FDb->ConnectionName(), t);
+    ds.Open();
+    for (const char* section : {"b", "a"}) {
+        ds.Append();
+        ds.SetFieldValue(QStringLiteral("Section"), QString::fromLatin1(section));
+        ds.SetFieldValue(QStringLiteral("Key"), QStringLiteral("k"));
+        ds.Post();
+    }
+    ASSERT_TRUE(
+        ds.Locate(QStringLiteral("Section;Key"), {QStringLiteral("b"), QStringLiteral("k")}));
+    ds.Edit();
+    ds.SetFieldValue(QStringLiteral("BinData"), QByteArray("for b"));
+    ds.Post();
+    ASSERT_TRUE(ds.Locate(QStringLiteral("Section"), {QStringLiteral("a")}));
+    EXPECT_TRUE(ds.FieldByName(QStringLiteral("BinData")).IsNull());
+    ASSERT_TRUE(ds.Locate(QStringLiteral("Section"), {QStringLiteral("b")}));
+    EXPECT_EQ(ds.FieldValue(QStringLiteral("BinData")).toByteArray(), QByteArray("for b"));
+}
+
+TEST_P(DataSetTest, AppendingADuplicateUnderAUniqueKeyRaisesAndStoresNothing) {
+    const QString t = FDb->NewTableName(QStringLiteral("Unique"));
+    FDb->CreateConfigTable(t, QStringLiteral("UNIQUE (\"Section\", \"Key\")"));
+    TDataSet a(FDb->ConnectionName(), t);
+    TDataSet b(FDb->AddConnection(), t);
+    a.Open();
+    b.Open();
+    for (TDataSet* ds : {&a, &b}) {
+        ds->Append();
+        ds->SetFieldValue(QStringLiteral("Section"), QStringLiteral("frmMain.frmConfig.Chart1"));
+        ds->SetFieldValue(QStringLiteral("Key"), QStringLiteral("DiagramChart"));
+    }
+    a.Post();
+    EXPECT_THROW(b.Post(), EDatabaseError);
+    EXPECT_EQ(b.State(), dsInsert);
+    EXPECT_EQ(FDb->RowCount(t), 1);
+}
+
 INSTANTIATE_TEST_SUITE_P(Databases, DataSetTest,
                          ::testing::Values(DbKind::SQLite, DbKind::PostgreSQL),
                          vde::test::DbKindName());
