@@ -3,6 +3,7 @@
 
 #include "velDiagEdit/dialogs/dialog_controls.h"
 #include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/types.h"
 
 #include <QString>
@@ -10,14 +11,13 @@
 
 namespace vde {
 
-struct TSegmentParamRec {
-    int32_t Size = 0;      // segment length, pixels
-    int32_t Angle = 0;     // angle as shown and edited, degrees
-    bool OnlySize = false; // only the size may be edited
-};
-
 // Size range of the dialog and the angle limit (doubled when only the size is edited).
 constexpr int32_t SegmentSizeMin = 0, SegmentSizeMax = 500, SegmentAngleLimit = 180;
+// The angle range the dialog offers for the record: +-SegmentAngleLimit, doubled when only the
+// size is edited (harmless: the angle is then disabled).
+constexpr int32_t SegmentAngleLimitFor(const TSegmentParamRec& Rec) {
+    return SegmentAngleLimit * (int32_t(Rec.OnlySize) + 1);
+}
 
 class TfmEditSegmentParams : public TDialogForm {
     Q_OBJECT

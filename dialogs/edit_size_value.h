@@ -3,19 +3,13 @@
 
 #include "velDiagEdit/dialogs/dialog_controls.h"
 #include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/types.h"
 
 #include <QString>
 #include <cstdint>
 
 namespace vde {
-
-struct TSizeParamRec {
-    int32_t Size = 0; // the value
-    int32_t AMin = 0; // lowest allowed value
-    int32_t AMax = 0; // highest allowed value
-    int32_t AInc = 0; // step of the up-down control
-};
 
 class TfmEditSizeValue : public TDialogForm {
     Q_OBJECT

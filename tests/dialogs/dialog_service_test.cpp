@@ -1,6 +1,8 @@
 #include "modal_driver.h"
 #include "velDiagEdit/dialogs/edit_segment_params.h"
 #include "velDiagEdit/dialogs/edit_size_value.h"
+#include "velDiagEdit/dialogs/qt_dialog_service.h"
+#include "velDiagEdit/dialogs/scripted_dialog_service.h"
 #include "velDiagEdit/dialogs/select_item_dlg.h"
 #include "velDiagEdit/platform/dialog_service.h"
 
@@ -49,6 +51,37 @@ TEST(DialogServiceAccess, ADestroyedScriptedServiceIsNoLongerInForce) {
         SetDialogService(&s);
     }
     EXPECT_NE(dynamic_cast<TQtDialogService*>(&DialogService()), nullptr);
+}
+
+TEST(DialogServiceAccess, TheQtServiceIsTheDefaultFromTheStart) {
+    EXPECT_EQ(&DialogService(), &QtDialogService());
+}
+
+TEST(DialogServiceAccess, AnotherDefaultServesWhileNoneIsInstalled) {
+    TScriptedDialogService fallback;
+    SetDefaultDialogService(&fallback);
+    EXPECT_EQ(&DialogService(), &fallback);
+    TScriptedDialogService installed;
+    {
+        TScopedDialogService scope(&installed);
+        EXPECT_EQ(&DialogService(), &installed);
+    }
+    EXPECT_EQ(&DialogService(), &fallback);
+    SetDefaultDialogService(&QtDialogService());
+    EXPECT_EQ(&DialogService(), &QtDialogService());
+}
+
+TEST(DialogServiceAccess, WithoutAnyServiceAPromptIsAnInvalidOperation) {
+    {
+        // The default goes away with the service: nothing is left to answer.
+        TScriptedDialogService fallback;
+        SetDefaultDialogService(&fallback);
+    }
+    EXPECT_THROW(DialogService(), EInvalidOperation);
+    TOpenDialog open;
+    EXPECT_THROW(open.Execute(), EInvalidOperation);
+    SetDefaultDialogService(&QtDialogService());
+    EXPECT_EQ(&DialogService(), &QtDialogService());
 }
 
 // ---- Scripted service -----------------------------------------------------------------------
