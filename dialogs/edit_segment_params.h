@@ -5,6 +5,7 @@
 #include "velDiagEdit/platform/controls.h"
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <cstdint>
@@ -19,7 +20,7 @@ constexpr int32_t SegmentAngleLimitFor(const TSegmentParamRec& Rec) {
     return SegmentAngleLimit * (int32_t(Rec.OnlySize) + 1);
 }
 
-class TfmEditSegmentParams : public TDialogForm {
+class VELDIAGEDIT_EXPORT TfmEditSegmentParams : public TDialogForm {
     Q_OBJECT
 public:
     explicit TfmEditSegmentParams(QWidget* owner);
@@ -37,7 +38,7 @@ public:
 
 // Shows the dialog modally on the application's active window. On OK the record takes the
 // values shown and the result is true; otherwise the record is untouched. Event is not used.
-bool EditSegmentParams(TSegmentParamRec& Rec, const QString& ACaption, TPoint Pos,
-                       const TNotifyEvent& Event = {});
+VELDIAGEDIT_EXPORT bool EditSegmentParams(TSegmentParamRec& Rec, const QString& ACaption,
+                                          TPoint Pos, const TNotifyEvent& Event = {});
 
 } // namespace vde

@@ -12,7 +12,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <map>
+#include <array>
 
 namespace vde {
 
@@ -127,8 +127,8 @@ TModalResult RunMessageBox(const QString& title, const QString& text, QMessageBo
     if (buttons == 0)
         buttons = MsgDlgButtons({mbOK});
     TMessageBox box(icon, title, text, QMessageBox::NoButton, DialogOwner());
-    std::map<QAbstractButton*, TModalResult> results;
-    std::map<TMsgDlgBtn, QPushButton*> shown;
+    // The button shown for each TMsgDlgBtn, null where it is not in the set.
+    std::array<QPushButton*, mbClose + 1> shown{};
     for (int i = mbYes; i <= mbClose; ++i) {
         const auto b = TMsgDlgBtn(i);
         if (!HasButton(buttons, b))
@@ -139,18 +139,19 @@ TModalResult RunMessageBox(const QString& title, const QString& text, QMessageBo
         else
             button = box.addButton(StandardButtonFor(b));
         button->setObjectName(MsgDlgButtonName(b));
-        results[button] = ButtonModalResult(b);
         shown[b] = button;
     }
-    if (auto it = shown.find(defaultButton); it != shown.end())
-        box.setDefaultButton(it->second);
-    if (auto it = shown.find(escapeButton); it != shown.end())
-        box.setEscapeButton(it->second);
+    if (size_t(defaultButton) < shown.size() && shown[defaultButton])
+        box.setDefaultButton(shown[defaultButton]);
+    if (size_t(escapeButton) < shown.size() && shown[escapeButton])
+        box.setEscapeButton(shown[escapeButton]);
     box.exec();
     if (box.ClosedByWindow)
         return mrCancel;
-    const auto it = results.find(box.clickedButton());
-    return it != results.end() ? it->second : mrCancel;
+    for (size_t b = 0; b < shown.size(); ++b)
+        if (shown[b] && shown[b] == box.clickedButton())
+            return ButtonModalResult(TMsgDlgBtn(b));
+    return mrCancel;
 }
 } // namespace
 

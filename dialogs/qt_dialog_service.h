@@ -3,6 +3,7 @@
 // (or the screen without one). It is the default service from the moment the library loads.
 
 #include "velDiagEdit/platform/dialog_service.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <QStringList>
@@ -11,10 +12,10 @@ namespace vde {
 
 // A file filter in the "Description|mask;mask|Description|mask" form turned into Qt's name
 // filters, one per pair: "Diagram files (*.dgm)|*.dgm" -> {"Diagram files (*.dgm)"}.
-QStringList FileFilterToQt(const QString& Filter);
+VELDIAGEDIT_EXPORT QStringList FileFilterToQt(const QString& Filter);
 
 // Message boxes and input queries are Qt's own; the value dialogs are this folder's forms.
-class TQtDialogService : public IDialogService {
+class VELDIAGEDIT_EXPORT TQtDialogService : public IDialogService {
 public:
     using IDialogService::EditSizeValue;
     using IDialogService::MessageDlg;
@@ -35,6 +36,6 @@ public:
 };
 
 // The one Qt service, which the registry falls back on.
-TQtDialogService& QtDialogService();
+VELDIAGEDIT_EXPORT TQtDialogService& QtDialogService();
 
 } // namespace vde

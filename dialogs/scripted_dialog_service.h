@@ -4,6 +4,7 @@
 
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <QStringList>
@@ -27,10 +28,10 @@ enum TDialogKind : uint8_t {
     dkOpenDialog,
     dkSaveDialog
 };
-QString DialogKindName(TDialogKind k); // "EditSegmentParams", "InputQuery", ...
+VELDIAGEDIT_EXPORT QString DialogKindName(TDialogKind k); // "EditSegmentParams", "InputQuery", ...
 
 // What the scripted user does at one prompt.
-struct TDialogAnswer {
+struct VELDIAGEDIT_EXPORT TDialogAnswer {
     TDialogKind Kind = dkShowMessage;
     bool Confirmed = true;        // OK / Yes / Execute; false: Cancel or the window closed
     QString Text;                 // InputQuery, InputBox: the text typed; file dialogs: the file
@@ -55,7 +56,7 @@ struct TDialogAnswer {
 };
 
 // One prompt as it was asked.
-struct TDialogRequest {
+struct VELDIAGEDIT_EXPORT TDialogRequest {
     TDialogKind Kind = dkShowMessage;
     QString Caption; // caption or title as passed (empty: the dialog's own)
     QString Prompt;  // InputQuery, InputBox
@@ -77,7 +78,7 @@ struct TDialogRequest {
 };
 
 // A scripted prompt that does not match the script: the test is wrong or the code is.
-class EDialogScriptError : public Exception {
+class VELDIAGEDIT_EXPORT EDialogScriptError : public Exception {
 public:
     using Exception::Exception;
 };
@@ -87,7 +88,7 @@ public:
 // (an item that is not in the list, a button that is not shown), is recorded in Failures, passed
 // to OnFailure when set, and thrown as EDialogScriptError: never answered with a default.
 // The value dialogs keep the values inside their ranges as the real dialogs do.
-class TScriptedDialogService : public IDialogService {
+class VELDIAGEDIT_EXPORT TScriptedDialogService : public IDialogService {
 public:
     using IDialogService::EditSizeValue;
     using IDialogService::MessageDlg;

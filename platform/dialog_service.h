@@ -7,6 +7,7 @@
 
 #include "velDiagEdit/platform/errors.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <QStringList>
@@ -69,17 +70,17 @@ constexpr TMsgDlgButtons mbYesNoCancel = MsgDlgButtons({mbYes, mbNo, mbCancel});
 constexpr TMsgDlgButtons mbOKCancel = MsgDlgButtons({mbOK, mbCancel});
 
 // The modal result that pressing a button gives.
-TModalResult ButtonModalResult(TMsgDlgBtn b);
+VELDIAGEDIT_EXPORT TModalResult ButtonModalResult(TMsgDlgBtn b);
 // The button that takes the default when the caller names none: OK, else Yes, else Retry.
-TMsgDlgBtn DefaultMsgDlgButton(TMsgDlgButtons buttons);
+VELDIAGEDIT_EXPORT TMsgDlgBtn DefaultMsgDlgButton(TMsgDlgButtons buttons);
 // The button that Escape presses: Cancel, else No, else OK.
-TMsgDlgBtn CancelMsgDlgButton(TMsgDlgButtons buttons);
-QString MsgDlgTypeName(TMsgDlgType t);  // "Warning", ..., "Custom"
-QString MsgDlgButtonName(TMsgDlgBtn b); // "Yes", "No", "OK", ...
+VELDIAGEDIT_EXPORT TMsgDlgBtn CancelMsgDlgButton(TMsgDlgButtons buttons);
+VELDIAGEDIT_EXPORT QString MsgDlgTypeName(TMsgDlgType t);  // "Warning", ..., "Custom"
+VELDIAGEDIT_EXPORT QString MsgDlgButtonName(TMsgDlgBtn b); // "Yes", "No", "OK", ...
 
 // The state of an open or save dialog that a module keeps between uses. FileName is the full
 // path chosen after a confirmed Execute; InitialDir is where the dialog opens.
-class TFileDialog {
+class VELDIAGEDIT_EXPORT TFileDialog {
 public:
     QString FileName;
     QString InitialDir;
@@ -88,17 +89,17 @@ public:
     QString Title;      // empty: the dialog's own title
 };
 
-class TOpenDialog : public TFileDialog {
+class VELDIAGEDIT_EXPORT TOpenDialog : public TFileDialog {
 public:
     bool Execute();
 };
 
-class TSaveDialog : public TFileDialog {
+class VELDIAGEDIT_EXPORT TSaveDialog : public TFileDialog {
 public:
     bool Execute();
 };
 
-class IDialogService {
+class VELDIAGEDIT_EXPORT IDialogService {
 public:
     // A service destroyed while in force (installed, or the default) is no longer used.
     virtual ~IDialogService();
@@ -139,14 +140,14 @@ public:
 
 // The service in force: the one installed, else the default (the real Qt dialogs, which put
 // themselves there when the library loads). EInvalidOperation when there is neither.
-IDialogService& DialogService();
+VELDIAGEDIT_EXPORT IDialogService& DialogService();
 // Installs `service` (not owned); nullptr goes back to the default.
-void SetDialogService(IDialogService* service);
+VELDIAGEDIT_EXPORT void SetDialogService(IDialogService* service);
 // The service used while none is installed (not owned).
-void SetDefaultDialogService(IDialogService* service);
+VELDIAGEDIT_EXPORT void SetDefaultDialogService(IDialogService* service);
 
 // Installs a service for the lifetime of the guard and then puts back the one before it.
-class TScopedDialogService {
+class VELDIAGEDIT_EXPORT TScopedDialogService {
 public:
     explicit TScopedDialogService(IDialogService* s);
     ~TScopedDialogService();

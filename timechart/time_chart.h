@@ -7,6 +7,7 @@
 
 #include "velDiagEdit/platform/canvas.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QLabel>
 #include <QPointer>
@@ -27,7 +28,7 @@ using TLabel = QLabel;
 // carries nothing.
 struct TTimeDiagram {};
 
-class TTimeChart {
+class VELDIAGEDIT_EXPORT TTimeChart {
 public:
     // DC is the device to draw on: a widget during its paint, an image, an SVG generator, a
     // printer. It may be null; then nothing is drawn until a backend is set on Canvas().
