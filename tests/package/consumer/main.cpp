@@ -88,10 +88,11 @@ int main(int argc, char** argv) {
     Check(wire->FPoints.back().X == end.X && wire->FPoints.back().Y == end.Y + 30,
           "the wire's end follows its block");
 
-    // Deleting the source block lets go of the wire's start first; the wire keeps its end block.
+    // Deleting the source block turns the wire round first: both its ends then name b2, neither
+    // the deleted block.
     blocks2.DeleteObject(a2, true);
     Check(blocks2.Count() == 1 && wires2.Count() == 1, "the block is gone, the wire stays");
-    Check(wire->GetSrcObject() == nullptr && wire->GetDstObject() == b2,
+    Check(wire->GetSrcObject() == b2 && wire->GetDstObject() == b2,
           "the wire no longer points at the deleted block");
 
     std::printf("consumer: %d blocks, %d wires, round trip %s, %d failures\n", blocks2.Count(),
