@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -55,11 +56,23 @@ int main(int argc, char** argv) {
     vde::TDiagObject* b = blocks.CreateObjByDiagType(vde::doOrLogic, {200, 10, 260, 110});
     WireUp(blocks, wires);
 
-    // A wire drawn as a user draws it: from output 1 of a, then ended on input 1 of b.
+    // A wire drawn as a user draws it: a stub out of output 1 of a, a segment up or down to the
+    // height of input 1 of b, then ended on that input.
+    vde::TPoint from, to;
+    a->GetConPoint(1, from, false);
+    b->GetConPoint(-1, to, false);
     const int k = wires.AddConnection(a, 1, 20);
+    wires.AddSegmentToConnection(k, std::abs(to.Y - from.Y), to.Y < from.Y ? -2 : 2);
     b->SetSelMarkerIndex(-1);
     wires.EndConnectionByLongRec(vde::LongRec{1, uint16_t(k + 1)}, b, nullptr);
     Check(wires.Count() == 1 && wires.Items(0)->GetDstObject() == b, "the wire ends on b");
+    const vde::TPoints& path = wires.Items(0)->FPoints;
+    Check(path.size() == 4 && path.front().Y == from.Y && path.back().X == to.X &&
+              path.back().Y == to.Y,
+          "the wire runs from a's output to b's input");
+    for (size_t i = 1; i < path.size(); ++i)
+        Check(path[i].X == path[i - 1].X || path[i].Y == path[i - 1].Y,
+              "every segment is horizontal or vertical");
 
     vde::TMemoryStream s1;
     blocks.SaveToStream(s1);
