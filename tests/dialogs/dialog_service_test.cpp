@@ -275,6 +275,27 @@ TEST(ScriptedDialogService, MessageDlgWithoutADefaultButtonTakesOkElseYes) {
     EXPECT_EQ(s.Asked()[1].DefaultButton, mbOK);
 }
 
+TEST(MessageDlgButtons, WithoutOkOrYesTheDefaultIsRetry) {
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbAbort, mbRetry, mbIgnore})), mbRetry);
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbRetry, mbCancel})), mbRetry);
+    // Retry even where it is not shown: then no button is the default.
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbAbort, mbIgnore})), mbRetry);
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbNo, mbCancel, mbHelp, mbClose})), mbRetry);
+    EXPECT_EQ(DefaultMsgDlgButton(0), mbRetry);
+    // OK before Yes, Yes before Retry.
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbYes, mbOK, mbRetry})), mbOK);
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbYes, mbRetry})), mbYes);
+}
+
+TEST(ScriptedDialogService, MessageDlgWithoutOkOrYesAsksWithRetryAsTheDefault) {
+    TScriptedDialogService s;
+    s.Expect(TDialogAnswer::Modal(mrIgnore));
+    EXPECT_EQ(s.MessageDlg(QStringLiteral("Disk not ready"), mtError,
+                           MsgDlgButtons({mbAbort, mbRetry, mbIgnore}), 0),
+              mrIgnore);
+    EXPECT_EQ(s.Asked()[0].DefaultButton, mbRetry);
+}
+
 // ---- File filters ---------------------------------------------------------------------------
 
 TEST(FileFilterToQt, DiagramFilterBecomesOneNameFilter) {
@@ -365,6 +386,20 @@ TEST(QtDialogService, MessageDlgEscapePressesNoWhenThereIsNoCancel) {
     TQtDialogService s;
     WhenModalShown([](QWidget* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); });
     EXPECT_EQ(s.MessageDlg(QStringLiteral("q"), mtConfirmation, mbYesNo, 0, mbYes), mrNo);
+}
+
+TEST(QtDialogService, MessageDlgWithoutOkOrYesMakesRetryTheDefaultSoEnterPressesIt) {
+    TQtDialogService s;
+    WhenModalShown([](QWidget* dialog) {
+        QMessageBox* box = Box(dialog);
+        ASSERT_TRUE(box);
+        EXPECT_EQ(box->buttons().size(), 3);
+        EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Retry));
+        QTest::keyClick(dialog, Qt::Key_Return);
+    });
+    EXPECT_EQ(s.MessageDlg(QStringLiteral("Disk not ready"), mtError,
+                           MsgDlgButtons({mbAbort, mbRetry, mbIgnore}), 0),
+              mrRetry);
 }
 
 TEST(QtDialogService, MessageDlgClosedWithoutAButtonGivesCancel) {
