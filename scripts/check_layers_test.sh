@@ -14,10 +14,10 @@ tree() {
     case_no=$((case_no + 1))
     dir="$scratch/case$case_no"
     mkdir -p "$dir"
-    local spec
-    for spec in "$@"; do
-        mkdir -p "$dir/$(dirname "${spec%%=*}")"
-        printf '%s\n' "${spec#*=}" >>"$dir/${spec%%=*}"
+    local entry
+    for entry in "$@"; do
+        mkdir -p "$dir/$(dirname "${entry%%=*}")"
+        printf '%s\n' "${entry#*=}" >>"$dir/${entry%%=*}"
     done
 }
 
