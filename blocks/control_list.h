@@ -3,6 +3,7 @@
 // saved diagram can put them back where they were. It never owns them.
 
 #include "velDiagEdit/platform/streams.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QPointer>
 #include <QStringList>
@@ -11,7 +12,7 @@
 
 namespace vde {
 
-class TControlList {
+class VELDIAGEDIT_EXPORT TControlList {
 public:
     explicit TControlList(QWidget* AParent) : FParent(AParent) {}
 

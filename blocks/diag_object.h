@@ -8,6 +8,7 @@
 #include "velDiagEdit/platform/controls.h"
 #include "velDiagEdit/platform/streams.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <vector>
@@ -22,7 +23,7 @@ using TObjKey = uint32_t;
 // Text of a label: at most this many UTF-16 units; a cut never splits a surrogate pair.
 constexpr int kDiagObjectStringMax = 32;
 using TDiagObjectString = QString;
-TDiagObjectString CutDiagObjectString(const QString& s);
+VELDIAGEDIT_EXPORT TDiagObjectString CutDiagObjectString(const QString& s);
 
 struct TDotMarker {
     TPoint P; // outer end, block coordinates
@@ -53,7 +54,8 @@ using TSegments = std::vector<TSegment>;
 using TRegions = std::vector<TRegion>;
 using PDotMarkers = TDotMarkers*;
 
-class TDiagObject : public TGraphicControl {
+class VELDIAGEDIT_EXPORT TDiagObject : public TGraphicControl {
+    Q_OBJECT
 public:
     TDiagObject(TDiagObjectList* Owner, TDiagObjectType ObjType);
     TDiagObject(TDiagObjectList* Owner, int ALeft, int ATop, int AWidth, int AHeight,

@@ -3,13 +3,14 @@
 // owner first) and reads and writes them as one stream record.
 
 #include "velDiagEdit/blocks/diag_object.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QPointer>
 #include <vector>
 
 namespace vde {
 
-class TDiagObjectList {
+class VELDIAGEDIT_EXPORT TDiagObjectList {
 public:
     explicit TDiagObjectList(QWidget* AParent);
     ~TDiagObjectList();

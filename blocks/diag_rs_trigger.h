@@ -2,10 +2,12 @@
 // The RS flip-flop: labels R, S and T in three regions of the body, split by two mid lines.
 
 #include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 namespace vde {
 
-class TDiagRSTrigger : public TDiagLogic {
+class VELDIAGEDIT_EXPORT TDiagRSTrigger : public TDiagLogic {
+    Q_OBJECT
 public:
     TDiagRSTrigger(TDiagObjectList* Owner, int ALeft, int ATop, int AWidth, int AHeight,
                    double QHoriz, double QVert, bool AVisible, const QString& AText);

@@ -2,10 +2,12 @@
 // The framed text block and the logic gates built on it.
 
 #include "velDiagEdit/blocks/diag_object.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 namespace vde {
 
-class TDiagText : public TDiagObject {
+class VELDIAGEDIT_EXPORT TDiagText : public TDiagObject {
+    Q_OBJECT
 public:
     TDiagText(TDiagObjectList* Owner, int ALeft, int ATop, int AWidth, int AHeight,
               const QString& AText, int AHoriz, int AVert, bool AVisible);
@@ -41,7 +43,8 @@ private:
     static void SetTypes(TDotMarkers& Markers, TIOType IOType, int First, int Last);
 };
 
-class TDiagLogic : public TDiagText {
+class VELDIAGEDIT_EXPORT TDiagLogic : public TDiagText {
+    Q_OBJECT
 public:
     TDiagLogic(TDiagObjectList* Owner, int ALeft, int ATop, int AWidth, int AHeight, int AHoriz,
                int AVert, bool AVisible, const QString& AText);
@@ -51,13 +54,15 @@ protected:
                int AVert, bool AVisible, const QString& AText, TDiagObjectType ObjType);
 };
 
-class TDiagAndLogic : public TDiagLogic {
+class VELDIAGEDIT_EXPORT TDiagAndLogic : public TDiagLogic {
+    Q_OBJECT
 public:
     TDiagAndLogic(TDiagObjectList* Owner, int ALeft, int ATop, int AWidth, int AHeight, int AHoriz,
                   int AVert, bool AVisible);
 };
 
-class TDiagOrLogic : public TDiagLogic {
+class VELDIAGEDIT_EXPORT TDiagOrLogic : public TDiagLogic {
+    Q_OBJECT
 public:
     TDiagOrLogic(TDiagObjectList* Owner, int ALeft, int ATop, int AWidth, int AHeight, int AHoriz,
                  int AVert, bool AVisible);

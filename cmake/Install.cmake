@@ -1,12 +1,14 @@
-include(GNUInstallDirs)
+# The headers of the subsystem folders are installed beside their sources (CMakeLists.txt); here
+# the target, the generated headers, the umbrella header and the package files.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS velDiagEdit EXPORT VelDiagEditTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velDiagEdit)
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${VDE_BUILD_INCLUDE}/velDiagEdit/velDiagEdit_export.h
+    ${VDE_BUILD_INCLUDE}/velDiagEdit/velDiagEdit_version.h
+    ${VDE_UMBRELLA}
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velDiagEdit)
 install(EXPORT VelDiagEditTargets
     NAMESPACE VelDiagEdit::

@@ -13,7 +13,7 @@ void SetUpPen(TCanvas* c) {
     c->Pen.Color = 0;
 }
 TDiagObject* AsBlock(QObject* o) {
-    return dynamic_cast<TDiagObject*>(o);
+    return qobject_cast<TDiagObject*>(o);
 }
 } // namespace
 

@@ -5,6 +5,7 @@
 
 #include "velDiagEdit/connections/diag_connection.h"
 #include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <memory>
 #include <vector>
@@ -13,7 +14,7 @@ class QPaintDevice;
 
 namespace vde {
 
-class TDiagConnectList {
+class VELDIAGEDIT_EXPORT TDiagConnectList {
 public:
     // Draws on ACanvas (not owned).
     explicit TDiagConnectList(TCanvas* ACanvas);

@@ -6,6 +6,7 @@
 #include "velDiagEdit/blocks/diag_object.h"
 #include "velDiagEdit/platform/streams.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QPointer>
 
@@ -13,7 +14,7 @@ namespace vde {
 
 class TDiagConnectList;
 
-class TDiagConnection {
+class VELDIAGEDIT_EXPORT TDiagConnection {
 public:
     // Appends the new connection to AOwner, which owns it from then on.
     explicit TDiagConnection(TDiagConnectList* AOwner);
@@ -99,7 +100,7 @@ public:
 };
 
 // A connection that starts at a block marker.
-class TDiagObjConnection : public TDiagConnection {
+class VELDIAGEDIT_EXPORT TDiagObjConnection : public TDiagConnection {
 public:
     // Automatic between two markers (routed at once when Dest is given).
     TDiagObjConnection(TDiagConnectList* AOwner, TDiagObject* Source, int SrcConIdx,
@@ -111,7 +112,7 @@ public:
 
 // A free line meant to end on another connection; it takes no part in routing and its
 // constructor keeps nothing of its arguments.
-class TDiagLineConnection : public TDiagConnection {
+class VELDIAGEDIT_EXPORT TDiagLineConnection : public TDiagConnection {
 public:
     TDiagLineConnection(TDiagConnectList* AOwner, TDiagObject* Source, int SrcConIdx,
                         TDiagObjConnection* DstConnection, int DstConIdx, TPoint PTol,

@@ -4,6 +4,7 @@
 // group and buttons that end the form with a modal result.
 
 #include "velDiagEdit/platform/dialog_service.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QDialog>
 #include <QFont>
@@ -22,14 +23,14 @@ namespace vde {
 
 // The dialogs' font: Tahoma at 11 pixels where the system has it, DejaVu Sans at 11 pixels
 // otherwise (the forms are laid out in pixels for a font of that size).
-QFont DialogFont();
+VELDIAGEDIT_EXPORT QFont DialogFont();
 
 // The window the dialogs are centred on: the application's active window, if any.
-QWidget* DialogOwner();
+VELDIAGEDIT_EXPORT QWidget* DialogOwner();
 
 // A modal form. Its size is its client area and is fixed; Left/Top are the window's place on
 // the screen. Closing the window or pressing Escape ends it with mrCancel.
-class TDialogForm : public QDialog {
+class VELDIAGEDIT_EXPORT TDialogForm : public QDialog {
     Q_OBJECT
 public:
     explicit TDialogForm(QWidget* owner);
@@ -56,7 +57,7 @@ public slots:
 
 // A push button that ends its form with a modal result (mrNone: it does not end the form).
 // Default: Enter presses it; Cancel: Escape ends the form as it does.
-class TDialogButton : public QPushButton {
+class VELDIAGEDIT_EXPORT TDialogButton : public QPushButton {
     Q_OBJECT
 public:
     TDialogButton(TDialogForm* form, const QString& name, const QString& caption,
@@ -71,7 +72,7 @@ private:
 // An edit with its label above it, the label's left edge on the edit's and 3 pixels between
 // them. The label is enabled and disabled with the edit. Taking the focus other than by a mouse
 // click selects the whole text, so that typing replaces it.
-class TLabeledEdit : public QLineEdit {
+class VELDIAGEDIT_EXPORT TLabeledEdit : public QLineEdit {
     Q_OBJECT
 public:
     TLabeledEdit(QWidget* parent, const QString& name, const QString& labelCaption,
@@ -95,7 +96,7 @@ private:
 // is next read (and when the edit is left); text that is not a number leaves the last position.
 // The arrows (and the Up and Down keys in the edit) first take in what was typed, then step by
 // the increment, stopping at the ends of the range.
-class TUpDown : public QWidget {
+class VELDIAGEDIT_EXPORT TUpDown : public QWidget {
     Q_OBJECT
 public:
     TUpDown(QWidget* parent, const QString& name);
@@ -137,7 +138,7 @@ private:
 
 // A group of radio buttons, one per item, in one column spread over the group's height.
 // ItemIndex is the checked item, -1 for none.
-class TRadioGroup : public QGroupBox {
+class VELDIAGEDIT_EXPORT TRadioGroup : public QGroupBox {
     Q_OBJECT
 public:
     TRadioGroup(QWidget* parent, const QString& name);

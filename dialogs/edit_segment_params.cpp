@@ -41,8 +41,7 @@ TfmEditSegmentParams::TfmEditSegmentParams(QWidget* owner) : TDialogForm(owner) 
 
 void TfmEditSegmentParams::AcceptParams(const TSegmentParamRec& Rec, const QString& ACaption,
                                         TPoint Pos) {
-    // Only the size edited: the angle range doubles; harmless, the angle is then disabled.
-    const int32_t limit = SegmentAngleLimit * (int32_t(Rec.OnlySize) + 1);
+    const int32_t limit = SegmentAngleLimitFor(Rec);
     udAngle->SetMin(-limit);
     udAngle->SetMax(limit);
     udSize->SetPosition(Rec.Size);

@@ -3,23 +3,24 @@
 
 #include "velDiagEdit/dialogs/dialog_controls.h"
 #include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <cstdint>
 
 namespace vde {
 
-struct TSegmentParamRec {
-    int32_t Size = 0;      // segment length, pixels
-    int32_t Angle = 0;     // angle as shown and edited, degrees
-    bool OnlySize = false; // only the size may be edited
-};
-
 // Size range of the dialog and the angle limit (doubled when only the size is edited).
 constexpr int32_t SegmentSizeMin = 0, SegmentSizeMax = 500, SegmentAngleLimit = 180;
+// The angle range the dialog offers for the record: +-SegmentAngleLimit, doubled when only the
+// size is edited (harmless: the angle is then disabled).
+constexpr int32_t SegmentAngleLimitFor(const TSegmentParamRec& Rec) {
+    return SegmentAngleLimit * (int32_t(Rec.OnlySize) + 1);
+}
 
-class TfmEditSegmentParams : public TDialogForm {
+class VELDIAGEDIT_EXPORT TfmEditSegmentParams : public TDialogForm {
     Q_OBJECT
 public:
     explicit TfmEditSegmentParams(QWidget* owner);
@@ -37,7 +38,7 @@ public:
 
 // Shows the dialog modally on the application's active window. On OK the record takes the
 // values shown and the result is true; otherwise the record is untouched. Event is not used.
-bool EditSegmentParams(TSegmentParamRec& Rec, const QString& ACaption, TPoint Pos,
-                       const TNotifyEvent& Event = {});
+VELDIAGEDIT_EXPORT bool EditSegmentParams(TSegmentParamRec& Rec, const QString& ACaption,
+                                          TPoint Pos, const TNotifyEvent& Event = {});
 
 } // namespace vde

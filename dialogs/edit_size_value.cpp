@@ -1,5 +1,7 @@
 #include "velDiagEdit/dialogs/edit_size_value.h"
 
+#include "velDiagEdit/dialogs/qt_dialog_service.h"
+
 namespace vde {
 
 TfmEditSizeValue::TfmEditSizeValue(QWidget* owner) : TDialogForm(owner) {
@@ -56,12 +58,9 @@ bool EditSizeValue(TSizeParamRec& Rec, const QString& ACaption, TPoint Pos, cons
 }
 
 bool EditSizeValue(int32_t& Size, int32_t AMin, int32_t AMax, int32_t AInc, const QString& ACaption,
-                   const TNotifyEvent& Event) {
-    TSizeParamRec rec{Size, AMin, AMax, AInc};
-    if (!EditSizeValue(rec, ACaption, Point(-1, -1), Event))
-        return false;
-    Size = rec.Size;
-    return true;
+                   const TNotifyEvent&) {
+    // The service's integer form over the real dialog, so the two forms cannot drift apart.
+    return QtDialogService().EditSizeValue(Size, AMin, AMax, AInc, ACaption);
 }
 
 } // namespace vde

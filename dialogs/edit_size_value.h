@@ -3,21 +3,16 @@
 
 #include "velDiagEdit/dialogs/dialog_controls.h"
 #include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <cstdint>
 
 namespace vde {
 
-struct TSizeParamRec {
-    int32_t Size = 0; // the value
-    int32_t AMin = 0; // lowest allowed value
-    int32_t AMax = 0; // highest allowed value
-    int32_t AInc = 0; // step of the up-down control
-};
-
-class TfmEditSizeValue : public TDialogForm {
+class VELDIAGEDIT_EXPORT TfmEditSizeValue : public TDialogForm {
     Q_OBJECT
 public:
     explicit TfmEditSizeValue(QWidget* owner);
@@ -33,10 +28,10 @@ public:
 
 // Shows the dialog modally on the application's active window. On OK Rec.Size takes the value
 // shown and the result is true; otherwise the record is untouched. Event is not used.
-bool EditSizeValue(TSizeParamRec& Rec, const QString& ACaption, TPoint Pos,
-                   const TNotifyEvent& Event = {});
+VELDIAGEDIT_EXPORT bool EditSizeValue(TSizeParamRec& Rec, const QString& ACaption, TPoint Pos,
+                                      const TNotifyEvent& Event = {});
 // The same, centred, for a bare integer: Size is written back only on OK.
-bool EditSizeValue(int32_t& Size, int32_t AMin, int32_t AMax, int32_t AInc, const QString& ACaption,
-                   const TNotifyEvent& Event = {});
+VELDIAGEDIT_EXPORT bool EditSizeValue(int32_t& Size, int32_t AMin, int32_t AMax, int32_t AInc,
+                                      const QString& ACaption, const TNotifyEvent& Event = {});
 
 } // namespace vde

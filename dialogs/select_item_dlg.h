@@ -2,13 +2,14 @@
 // The item selection dialog: one of a list of strings, as a column of radio buttons.
 
 #include "velDiagEdit/dialogs/dialog_controls.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <QStringList>
 
 namespace vde {
 
-class TfmSelectItem : public TDialogForm {
+class VELDIAGEDIT_EXPORT TfmSelectItem : public TDialogForm {
     Q_OBJECT
 public:
     explicit TfmSelectItem(QWidget* owner);
@@ -27,6 +28,7 @@ protected:
 
 // Shows the items as radio buttons, 33 pixels each, with Default checked (item 0 when Default
 // is not an item's index); the index checked when left with OK, -1 otherwise.
-int SelectItemFromArray(const QString& ACaption, const QStringList& Items, int Default);
+VELDIAGEDIT_EXPORT int SelectItemFromArray(const QString& ACaption, const QStringList& Items,
+                                           int Default);
 
 } // namespace vde

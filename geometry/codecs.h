@@ -4,25 +4,26 @@
 
 #include "velDiagEdit/geometry/diag_types.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 
 namespace vde {
 
 // Pieces are not trimmed; fewer than two pieces or a bad number raise EConvertError.
-TPoint StrToPoint(const QString& S);
-QString PointToStr(const TPoint& P);
+VELDIAGEDIT_EXPORT TPoint StrToPoint(const QString& S);
+VELDIAGEDIT_EXPORT QString PointToStr(const TPoint& P);
 // "Hi,Lo", each cut to its low 16 bits.
-LongRec StrToLongRec(const QString& S);
-QString LongRecToStr(const LongRec& R);
-QString IntArrayToString(const int32_t* A, int Count);
+VELDIAGEDIT_EXPORT LongRec StrToLongRec(const QString& S);
+VELDIAGEDIT_EXPORT QString LongRecToStr(const LongRec& R);
+VELDIAGEDIT_EXPORT QString IntArrayToString(const int32_t* A, int Count);
 // Fills at most Count elements from the trimmed pieces; the rest of A is left alone.
-void StringToIntArray(const QString& S, int32_t* A, int Count);
-QString GoodDiagObjTypeName(int Value);
-int GoodMarkerTypeCount();
-QString GoodMarkerTypeName(int Value);
+VELDIAGEDIT_EXPORT void StringToIntArray(const QString& S, int32_t* A, int Count);
+VELDIAGEDIT_EXPORT QString GoodDiagObjTypeName(int Value);
+VELDIAGEDIT_EXPORT int GoodMarkerTypeCount();
+VELDIAGEDIT_EXPORT QString GoodMarkerTypeName(int Value);
 // Width in X, height in Y; doNone leaves Size as it was.
-void DefaultObjectSize(TDiagObjectType ObjType, TPoint& Size);
-TPoint DefaultObjectSize(TDiagObjectType ObjType);
+VELDIAGEDIT_EXPORT void DefaultObjectSize(TDiagObjectType ObjType, TPoint& Size);
+VELDIAGEDIT_EXPORT TPoint DefaultObjectSize(TDiagObjectType ObjType);
 
 } // namespace vde

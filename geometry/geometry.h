@@ -3,6 +3,7 @@
 // horizontal line crosses a sloped one.
 
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <array>
 
@@ -21,18 +22,20 @@ using PIntArray2 = TIntArray2*;
 // The point on the line through Segment that shares one coordinate with P: Mode 1 keeps P.X,
 // Mode 2 keeps P.Y, Mode >= 3 returns P, Mode < 1 returns (-1, -1). A coordinate that cannot be
 // found (a line parallel to the kept axis) is -1.
-TPoint QuickCrossCalc(const TIntSegment& Segment, const TPoint& P, int Mode);
+VELDIAGEDIT_EXPORT TPoint QuickCrossCalc(const TIntSegment& Segment, const TPoint& P, int Mode);
 
 // Nearest axis-parallel segment of the polyline Points[0..High] by the cheap rule: only
 // segments that P lies alongside count; on equal distances the lower index wins.
-int IndexOfMinDistanceQuick(const TPoint* Points, int High, const TPoint& P, double* Dist);
+VELDIAGEDIT_EXPORT int IndexOfMinDistanceQuick(const TPoint* Points, int High, const TPoint& P,
+                                               double* Dist);
 
 // Nearest segment by the perpendicular distance to its line (Heron), optionally filtered by
 // Mode (1: P.X within the segment's X range, 2: P.Y within its Y range, 3: both); on equal
 // distances the higher index wins.
-int IndexOfMinDistance(const TPoint* Points, int High, const TPoint& P, double* Dist, int Mode);
+VELDIAGEDIT_EXPORT int IndexOfMinDistance(const TPoint* Points, int High, const TPoint& P,
+                                          double* Dist, int Mode);
 
 // The sides of a triangle, side i opposite vertex i.
-TSides TriangleSides(const TIntTriangle& T);
+VELDIAGEDIT_EXPORT TSides TriangleSides(const TIntTriangle& T);
 
 } // namespace vde

@@ -154,7 +154,7 @@ void TdmMoveResize::CreateNodes(QObject* AOwner, QWidget* AParent) {
     for (int i = 0; i < kNodeCount; ++i) {
         const QString name = NodeName(i);
         if (QObject* found = FindComponent(AOwner, name)) {
-            auto* panel = dynamic_cast<TPanel*>(found);
+            auto* panel = qobject_cast<TPanel*>(found);
             if (!panel)
                 throw EInvalidCast(
                     QStringLiteral("Invalid class typecast: component \"%1\" is a %2, not a "

@@ -18,6 +18,7 @@
 #include "velDiagEdit/platform/controls.h"
 #include "velDiagEdit/platform/panel.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QObject>
 #include <QPointer>
@@ -28,7 +29,7 @@
 namespace vde {
 
 // An object list that owns its panels. A panel destroyed by someone else leaves the list.
-class TNodeList : public QObject {
+class VELDIAGEDIT_EXPORT TNodeList : public QObject {
 public:
     TNodeList() = default;
     ~TNodeList() override;
@@ -47,7 +48,7 @@ private:
     std::vector<TPanel*> FItems;
 };
 
-class TdmMoveResize : public QObject {
+class VELDIAGEDIT_EXPORT TdmMoveResize : public QObject {
     Q_OBJECT
 public:
     // A data module: owned (and freed) by AOwner when one is given.

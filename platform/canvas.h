@@ -11,6 +11,7 @@
 
 #include "velDiagEdit/platform/colors.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QFont>
 #include <QString>
@@ -60,12 +61,12 @@ struct TFont {
 
 // The Qt font that a TFont draws with, and its metrics; shared by every backend so that
 // measuring never depends on where the text goes. Needs a QGuiApplication.
-QFont ToQFont(const TFont& font);
-int FontTextWidth(const TFont& font, const QString& text);
-int FontTextHeight(const TFont& font);
-int FontAscent(const TFont& font);
+VELDIAGEDIT_EXPORT QFont ToQFont(const TFont& font);
+VELDIAGEDIT_EXPORT int FontTextWidth(const TFont& font, const QString& text);
+VELDIAGEDIT_EXPORT int FontTextHeight(const TFont& font);
+VELDIAGEDIT_EXPORT int FontAscent(const TFont& font);
 
-class ICanvasBackend {
+class VELDIAGEDIT_EXPORT ICanvasBackend {
 public:
     virtual ~ICanvasBackend() = default;
     virtual void MoveTo(TPoint p) = 0;
@@ -80,7 +81,7 @@ public:
 
 // While alive, every canvas whose handle is `device` draws through `painter`: how a paint
 // event (of a graphic control, or a hooked host widget) lends its painter to the canvases.
-class TPaintScope {
+class VELDIAGEDIT_EXPORT TPaintScope {
 public:
     TPaintScope(QPaintDevice* device, QPainter* painter);
     ~TPaintScope();
@@ -89,7 +90,7 @@ public:
     static QPainter* PainterFor(const QPaintDevice* device);
 };
 
-class TCanvas {
+class VELDIAGEDIT_EXPORT TCanvas {
 public:
     TCanvas();
     ~TCanvas();

@@ -2,6 +2,7 @@
 // Colour values ($00BBGGRR, system colours as $FF0000xx) and their Qt equivalents.
 
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QColor>
 
@@ -43,8 +44,8 @@ inline bool IsSystemColor(TColor c) {
 
 // RGB value of a colour: system colours resolve through the application's palette
 // (so blocks blend with the host's style), plain colours are taken as they are.
-TColor ColorToRGB(TColor c);
-QColor ToQColor(TColor c);
-TColor FromQColor(const QColor& c);
+VELDIAGEDIT_EXPORT TColor ColorToRGB(TColor c);
+VELDIAGEDIT_EXPORT QColor ToQColor(TColor c);
+VELDIAGEDIT_EXPORT TColor FromQColor(const QColor& c);
 
 } // namespace vde

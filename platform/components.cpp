@@ -12,6 +12,7 @@ const char* const kOwnedListName = "vde_components";
 // Lives as a Qt child of the owner, so it goes when the owner goes and takes the owned
 // components with it.
 class TOwnedComponents : public QObject {
+    Q_OBJECT
 public:
     explicit TOwnedComponents(QObject* owner) : QObject(owner) {
         setObjectName(QLatin1String(kOwnedListName));
@@ -55,7 +56,7 @@ QObject* FindComponent(const QObject* owner, const QString& name) {
     if (!owner || name.isEmpty())
         return nullptr;
     for (QObject* child : owner->children())
-        if (SameName(child, name) && !dynamic_cast<TOwnedComponents*>(child))
+        if (SameName(child, name) && !qobject_cast<TOwnedComponents*>(child))
             return child;
     if (TOwnedComponents* list = OwnedList(owner))
         for (const auto& p : list->Items)
@@ -65,3 +66,5 @@ QObject* FindComponent(const QObject* owner, const QString& name) {
 }
 
 } // namespace vde
+
+#include "components.moc"

@@ -5,17 +5,18 @@
 // component on the list that still exists, and a component freed earlier by anyone else simply
 // drops off the list. A component that is also a Qt child of its owner is freed only once.
 
+#include "velDiagEdit/velDiagEdit_export.h"
 #include <QObject>
 #include <QString>
 
 namespace vde {
 
 // Lists `component` as owned by `owner` (nothing happens for a null owner or component).
-void InsertComponent(QObject* owner, QObject* component);
+VELDIAGEDIT_EXPORT void InsertComponent(QObject* owner, QObject* component);
 
 // The component called `name` (compared without regard to case, as component names are):
 // first among the owner's direct Qt children, then among the components it owns; nullptr when
 // there is none or `owner` is null. The owner's own name does not count.
-QObject* FindComponent(const QObject* owner, const QString& name);
+VELDIAGEDIT_EXPORT QObject* FindComponent(const QObject* owner, const QString& name);
 
 } // namespace vde

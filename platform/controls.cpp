@@ -130,7 +130,7 @@ void TGraphicControl::mouseDoubleClickEvent(QMouseEvent* e) {
 
 bool IsWindowedControl(const QObject* object) {
     return object && object->isWidgetType() &&
-           dynamic_cast<const TGraphicControl*>(object) == nullptr;
+           qobject_cast<const TGraphicControl*>(object) == nullptr;
 }
 
 TRect BoundsRect(const QWidget* w) {
@@ -157,7 +157,7 @@ TPoint ScreenToClient(const QWidget* w, TPoint p) {
 }
 
 void SetMouseHandlers(QWidget* w, const TMouseHandlers& handlers) {
-    if (auto* g = dynamic_cast<TGraphicControl*>(w)) {
+    if (auto* g = qobject_cast<TGraphicControl*>(w)) {
         g->MouseHandlers = handlers;
         return;
     }
@@ -177,7 +177,7 @@ void SetMouseHandlers(QWidget* w, const TMouseHandlers& handlers) {
 }
 
 TMouseHandlers GetMouseHandlers(QWidget* w) {
-    if (auto* g = dynamic_cast<TGraphicControl*>(w))
+    if (auto* g = qobject_cast<TGraphicControl*>(w))
         return g->MouseHandlers;
     if (TMouseHook* hook = FindHook(w))
         return hook->Handlers;

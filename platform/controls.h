@@ -6,6 +6,7 @@
 
 #include "velDiagEdit/platform/canvas.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QWidget>
 #include <functional>
@@ -30,13 +31,15 @@ struct TMouseHandlers {
     bool Empty() const { return !OnMouseDown && !OnMouseMove && !OnMouseUp; }
 };
 
-TShiftState ShiftStateFromQt(Qt::KeyboardModifiers mods, Qt::MouseButtons buttons);
-TMouseButton MouseButtonFromQt(Qt::MouseButton b);
+VELDIAGEDIT_EXPORT TShiftState ShiftStateFromQt(Qt::KeyboardModifiers mods,
+                                                Qt::MouseButtons buttons);
+VELDIAGEDIT_EXPORT TMouseButton MouseButtonFromQt(Qt::MouseButton b);
 
 // A graphic control: paints through its Canvas in Paint, raises its mouse events to the
 // handlers. It is shown as a child widget of the host's parent, which it never covers with
 // anything but its own drawing.
-class TGraphicControl : public QWidget {
+class VELDIAGEDIT_EXPORT TGraphicControl : public QWidget {
+    Q_OBJECT
 public:
     explicit TGraphicControl(QWidget* parent = nullptr);
     ~TGraphicControl() override;
@@ -61,18 +64,19 @@ private:
 };
 
 // True for a QWidget that is not one of our graphic controls.
-bool IsWindowedControl(const QObject* object);
+VELDIAGEDIT_EXPORT bool IsWindowedControl(const QObject* object);
 
-TRect BoundsRect(const QWidget* w);
-void SetBounds(QWidget* w, int32_t left, int32_t top, int32_t width, int32_t height);
-TPoint ClientToScreen(const QWidget* w, TPoint p);
-TPoint ScreenToClient(const QWidget* w, TPoint p);
+VELDIAGEDIT_EXPORT TRect BoundsRect(const QWidget* w);
+VELDIAGEDIT_EXPORT void SetBounds(QWidget* w, int32_t left, int32_t top, int32_t width,
+                                  int32_t height);
+VELDIAGEDIT_EXPORT TPoint ClientToScreen(const QWidget* w, TPoint p);
+VELDIAGEDIT_EXPORT TPoint ScreenToClient(const QWidget* w, TPoint p);
 
 // The mouse handlers of any control: a graphic control's own members, or for a foreign widget
 // a hook that is installed on first use. While a foreign widget has any handler, its own mouse
 // handling is replaced (a button does not click); when all are cleared it gets it back.
-void SetMouseHandlers(QWidget* w, const TMouseHandlers& handlers);
-TMouseHandlers GetMouseHandlers(QWidget* w);
-bool HasMouseHook(const QWidget* w);
+VELDIAGEDIT_EXPORT void SetMouseHandlers(QWidget* w, const TMouseHandlers& handlers);
+VELDIAGEDIT_EXPORT TMouseHandlers GetMouseHandlers(QWidget* w);
+VELDIAGEDIT_EXPORT bool HasMouseHook(const QWidget* w);
 
 } // namespace vde

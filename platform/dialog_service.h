@@ -1,24 +1,35 @@
 #pragma once
 // Every prompt the system shows goes through one replaceable dialog service: the value dialogs,
-// input queries, message boxes and the open/save file dialogs. By default these are real modal
-// Qt dialogs; tests install a scripted service that answers from a queue and records what was
-// asked, so that no test ever blocks on a window nobody closes.
+// input queries, message boxes and the open/save file dialogs. This is the interface and the
+// place where the service in force is kept; the implementations stand above it: the real modal
+// Qt dialogs (dialogs/qt_dialog_service.h, the default) and a scripted one for tests that
+// answers from a queue and records what was asked (dialogs/scripted_dialog_service.h).
 
 #include "velDiagEdit/platform/errors.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <QStringList>
 #include <cstdint>
-#include <deque>
-#include <functional>
 #include <initializer_list>
-#include <vector>
 
 namespace vde {
 
-struct TSegmentParamRec; // dialogs/edit_segment_params.h
-struct TSizeParamRec;    // dialogs/edit_size_value.h
+// What the segment parameter dialog shows and gives back.
+struct TSegmentParamRec {
+    int32_t Size = 0;      // segment length, pixels
+    int32_t Angle = 0;     // angle as shown and edited, degrees
+    bool OnlySize = false; // only the size may be edited
+};
+
+// What the size value dialog shows and gives back.
+struct TSizeParamRec {
+    int32_t Size = 0; // the value
+    int32_t AMin = 0; // lowest allowed value
+    int32_t AMax = 0; // highest allowed value
+    int32_t AInc = 0; // step of the up-down control
+};
 
 // The result a modal dialog ends with.
 using TModalResult = int;
@@ -59,21 +70,17 @@ constexpr TMsgDlgButtons mbYesNoCancel = MsgDlgButtons({mbYes, mbNo, mbCancel});
 constexpr TMsgDlgButtons mbOKCancel = MsgDlgButtons({mbOK, mbCancel});
 
 // The modal result that pressing a button gives.
-TModalResult ButtonModalResult(TMsgDlgBtn b);
+VELDIAGEDIT_EXPORT TModalResult ButtonModalResult(TMsgDlgBtn b);
 // The button that takes the default when the caller names none: OK, else Yes, else Retry.
-TMsgDlgBtn DefaultMsgDlgButton(TMsgDlgButtons buttons);
+VELDIAGEDIT_EXPORT TMsgDlgBtn DefaultMsgDlgButton(TMsgDlgButtons buttons);
 // The button that Escape presses: Cancel, else No, else OK.
-TMsgDlgBtn CancelMsgDlgButton(TMsgDlgButtons buttons);
-QString MsgDlgTypeName(TMsgDlgType t);  // "Warning", ..., "Custom"
-QString MsgDlgButtonName(TMsgDlgBtn b); // "Yes", "No", "OK", ...
-
-// A file filter in the "Description|mask;mask|Description|mask" form turned into Qt's name
-// filters, one per pair: "Diagram files (*.dgm)|*.dgm" -> {"Diagram files (*.dgm)"}.
-QStringList FileFilterToQt(const QString& Filter);
+VELDIAGEDIT_EXPORT TMsgDlgBtn CancelMsgDlgButton(TMsgDlgButtons buttons);
+VELDIAGEDIT_EXPORT QString MsgDlgTypeName(TMsgDlgType t);  // "Warning", ..., "Custom"
+VELDIAGEDIT_EXPORT QString MsgDlgButtonName(TMsgDlgBtn b); // "Yes", "No", "OK", ...
 
 // The state of an open or save dialog that a module keeps between uses. FileName is the full
 // path chosen after a confirmed Execute; InitialDir is where the dialog opens.
-class TFileDialog {
+class VELDIAGEDIT_EXPORT TFileDialog {
 public:
     QString FileName;
     QString InitialDir;
@@ -82,19 +89,23 @@ public:
     QString Title;      // empty: the dialog's own title
 };
 
-class TOpenDialog : public TFileDialog {
+class VELDIAGEDIT_EXPORT TOpenDialog : public TFileDialog {
 public:
     bool Execute();
 };
 
-class TSaveDialog : public TFileDialog {
+class VELDIAGEDIT_EXPORT TSaveDialog : public TFileDialog {
 public:
     bool Execute();
 };
 
-class IDialogService {
+class VELDIAGEDIT_EXPORT IDialogService {
 public:
-    virtual ~IDialogService() = default;
+    // A service destroyed while in force (installed, or the default) is no longer used.
+    virtual ~IDialogService();
+    IDialogService() = default;
+    IDialogService(const IDialogService&) = delete;
+    IDialogService& operator=(const IDialogService&) = delete;
 
     // The three value dialogs; true on OK with the record updated, false with it untouched.
     virtual bool EditSegmentParams(TSegmentParamRec& Rec, const QString& ACaption, TPoint Pos) = 0;
@@ -127,13 +138,16 @@ public:
     virtual bool ExecuteSaveDialog(TFileDialog& Dialog) = 0;
 };
 
-// The service in force: the Qt one unless another was installed.
-IDialogService& DialogService();
-// Installs `service` (not owned); nullptr goes back to the Qt one.
-void SetDialogService(IDialogService* service);
+// The service in force: the one installed, else the default (the real Qt dialogs, which put
+// themselves there when the library loads). EInvalidOperation when there is neither.
+VELDIAGEDIT_EXPORT IDialogService& DialogService();
+// Installs `service` (not owned); nullptr goes back to the default.
+VELDIAGEDIT_EXPORT void SetDialogService(IDialogService* service);
+// The service used while none is installed (not owned).
+VELDIAGEDIT_EXPORT void SetDefaultDialogService(IDialogService* service);
 
 // Installs a service for the lifetime of the guard and then puts back the one before it.
-class TScopedDialogService {
+class VELDIAGEDIT_EXPORT TScopedDialogService {
 public:
     explicit TScopedDialogService(IDialogService* s);
     ~TScopedDialogService();
@@ -142,140 +156,6 @@ public:
 
 private:
     IDialogService* FPrevious;
-};
-
-// Real modal dialogs, each on the application's active window (or the screen without one).
-class TQtDialogService : public IDialogService {
-public:
-    using IDialogService::EditSizeValue;
-    using IDialogService::MessageDlg;
-    bool EditSegmentParams(TSegmentParamRec& Rec, const QString& ACaption, TPoint Pos) override;
-    bool EditSizeValue(TSizeParamRec& Rec, const QString& ACaption, TPoint Pos) override;
-    int SelectItemFromArray(const QString& ACaption, const QStringList& Items,
-                            int Default) override;
-    bool InputQuery(const QString& ACaption, const QString& APrompt, QString& Value) override;
-    QString InputBox(const QString& ACaption, const QString& APrompt,
-                     const QString& ADefault) override;
-    void ShowMessage(const QString& Msg) override;
-    TModalResult MessageDlg(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons,
-                            int HelpCtx, TMsgDlgBtn DefaultButton) override;
-    TModalResult ErrorMessageDlg(const QString& Msg) override;
-    bool QueryMessageDlg(const QString& Msg, const QString& ACaption) override;
-    bool ExecuteOpenDialog(TFileDialog& Dialog) override;
-    bool ExecuteSaveDialog(TFileDialog& Dialog) override;
-};
-
-// ---- Scripted service for tests -------------------------------------------------------------
-
-enum TDialogKind : uint8_t {
-    dkEditSegmentParams,
-    dkEditSizeValue,
-    dkSelectItem,
-    dkInputQuery,
-    dkInputBox,
-    dkShowMessage,
-    dkMessageDlg,
-    dkErrorMessageDlg,
-    dkQueryMessageDlg,
-    dkOpenDialog,
-    dkSaveDialog
-};
-QString DialogKindName(TDialogKind k); // "EditSegmentParams", "InputQuery", ...
-
-// What the scripted user does at one prompt.
-struct TDialogAnswer {
-    TDialogKind Kind = dkShowMessage;
-    bool Confirmed = true;        // OK / Yes / Execute; false: Cancel or the window closed
-    QString Text;                 // InputQuery, InputBox: the text typed; file dialogs: the file
-    int32_t Size = 0;             // EditSegmentParams, EditSizeValue: the size typed
-    int32_t Angle = 0;            // EditSegmentParams: the angle typed
-    int Index = -1;               // SelectItem: the item picked
-    TModalResult Result = mrNone; // MessageDlg, ErrorMessageDlg: the button pressed
-
-    static TDialogAnswer Segment(int32_t Size, int32_t Angle);
-    static TDialogAnswer SizeValue(int32_t Size);
-    static TDialogAnswer Item(int Index);
-    static TDialogAnswer Query(const QString& Text);
-    static TDialogAnswer Box(const QString& Text);
-    static TDialogAnswer Message(); // ShowMessage acknowledged
-    static TDialogAnswer Modal(TModalResult Result);
-    static TDialogAnswer Error(TModalResult Result = mrOk);
-    static TDialogAnswer Question(bool Yes);
-    static TDialogAnswer Open(const QString& FileName);
-    static TDialogAnswer Save(const QString& FileName);
-    // Cancel pressed (or the window closed) at a prompt of this kind.
-    static TDialogAnswer Cancel(TDialogKind Kind);
-};
-
-// One prompt as it was asked.
-struct TDialogRequest {
-    TDialogKind Kind = dkShowMessage;
-    QString Caption; // caption or title as passed (empty: the dialog's own)
-    QString Prompt;  // InputQuery, InputBox
-    QString Text;    // message text, value shown, default, or file name proposed
-    int32_t Size = 0, Angle = 0;
-    bool OnlySize = false;
-    int32_t AMin = 0, AMax = 0, AInc = 0;
-    TPoint Pos{-1, -1};
-    QStringList Items;
-    int Default = 0;
-    TMsgDlgType DlgType = mtCustom;
-    TMsgDlgButtons Buttons = 0;
-    int HelpCtx = 0;
-    TMsgDlgBtn DefaultButton = mbOK;
-    QString InitialDir, DefaultExt, Filter;
-
-    // One line, e.g. `InputQuery "Segment Index" "Con,Idx" "1,2"`.
-    QString Describe() const;
-};
-
-// A scripted prompt that does not match the script: the test is wrong or the code is.
-class EDialogScriptError : public Exception {
-public:
-    using Exception::Exception;
-};
-
-// Answers every prompt from a FIFO of answers, each for one kind of prompt. A prompt of another
-// kind than the next answer, or a prompt with no answer left, or an answer no user could give
-// (an item that is not in the list, a button that is not shown), is recorded in Failures, passed
-// to OnFailure when set, and thrown as EDialogScriptError: never answered with a default.
-// The value dialogs keep the values inside their ranges as the real dialogs do.
-class TScriptedDialogService : public IDialogService {
-public:
-    using IDialogService::EditSizeValue;
-    using IDialogService::MessageDlg;
-    ~TScriptedDialogService() override;
-
-    TScriptedDialogService& Expect(const TDialogAnswer& answer);
-    size_t Pending() const { return FAnswers.size(); }
-    const std::vector<TDialogRequest>& Asked() const { return FAsked; }
-    QStringList Log() const; // Describe() of every prompt asked, in order
-    const QStringList& Failures() const { return FFailures; }
-    std::function<void(const QString&)> OnFailure;
-
-    bool EditSegmentParams(TSegmentParamRec& Rec, const QString& ACaption, TPoint Pos) override;
-    bool EditSizeValue(TSizeParamRec& Rec, const QString& ACaption, TPoint Pos) override;
-    int SelectItemFromArray(const QString& ACaption, const QStringList& Items,
-                            int Default) override;
-    bool InputQuery(const QString& ACaption, const QString& APrompt, QString& Value) override;
-    QString InputBox(const QString& ACaption, const QString& APrompt,
-                     const QString& ADefault) override;
-    void ShowMessage(const QString& Msg) override;
-    TModalResult MessageDlg(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons,
-                            int HelpCtx, TMsgDlgBtn DefaultButton) override;
-    TModalResult ErrorMessageDlg(const QString& Msg) override;
-    bool QueryMessageDlg(const QString& Msg, const QString& ACaption) override;
-    bool ExecuteOpenDialog(TFileDialog& Dialog) override;
-    bool ExecuteSaveDialog(TFileDialog& Dialog) override;
-
-private:
-    TDialogAnswer Take(const TDialogRequest& request);
-    [[noreturn]] void Fail(const QString& message);
-    bool ExecuteFileDialog(TDialogKind kind, TFileDialog& Dialog);
-
-    std::deque<TDialogAnswer> FAnswers;
-    std::vector<TDialogRequest> FAsked;
-    QStringList FFailures;
 };
 
 } // namespace vde

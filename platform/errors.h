@@ -1,13 +1,14 @@
 #pragma once
 // Typed errors mirroring the platform's error classes; every one carries a readable message.
 
+#include "velDiagEdit/velDiagEdit_export.h"
 #include <QString>
 #include <stdexcept>
 #include <string>
 
 namespace vde {
 
-class Exception : public std::runtime_error {
+class VELDIAGEDIT_EXPORT Exception : public std::runtime_error {
 public:
     explicit Exception(const QString& message)
         : std::runtime_error(message.toStdString()), FMessage(message) {}
@@ -18,7 +19,7 @@ private:
 };
 
 #define VDE_DECLARE_ERROR(Name, Base)                                                              \
-    class Name : public Base {                                                                     \
+    class VELDIAGEDIT_EXPORT Name : public Base {                                                  \
     public:                                                                                        \
         using Base::Base;                                                                          \
     };
@@ -38,7 +39,7 @@ VDE_DECLARE_ERROR(EInvalidOperation, Exception)
 #undef VDE_DECLARE_ERROR
 
 // A record that cannot be read: names what was wrong and the byte offset where it was met.
-class EFormatError : public EReadError {
+class VELDIAGEDIT_EXPORT EFormatError : public EReadError {
 public:
     EFormatError(const QString& what, int64_t offset)
         : EReadError(QStringLiteral("%1 at byte offset %2").arg(what).arg(offset)),

@@ -4,6 +4,7 @@
 
 #include "velDiagEdit/platform/controls.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QStringList>
 #include <Qt>
@@ -19,9 +20,9 @@ constexpr TCursor crDefault = 0, crNone = -1, crArrow = -2, crCross = -3, crIBea
                   crMultiDrag = -16, crSQLWait = -17, crNo = -18, crAppStart = -19, crHelp = -20,
                   crHandPoint = -21, crSizeAll = -22;
 
-Qt::CursorShape CursorShape(TCursor cursor);
+VELDIAGEDIT_EXPORT Qt::CursorShape CursorShape(TCursor cursor);
 
-class IInputState {
+class VELDIAGEDIT_EXPORT IInputState {
 public:
     virtual ~IInputState() = default;
     virtual TPoint CursorPos() = 0; // screen coordinates
@@ -34,11 +35,11 @@ public:
 };
 
 // The input state in force (the Qt one unless a test installed another).
-IInputState& InputState();
+VELDIAGEDIT_EXPORT IInputState& InputState();
 // Installs `state` (not owned); nullptr goes back to the Qt one.
-void SetInputState(IInputState* state);
+VELDIAGEDIT_EXPORT void SetInputState(IInputState* state);
 
-class TQtInputState : public IInputState {
+class VELDIAGEDIT_EXPORT TQtInputState : public IInputState {
 public:
     TPoint CursorPos() override;
     TShiftState KeyboardShift() override;
@@ -54,7 +55,7 @@ private:
 
 // Answers from its fields and logs every change, e.g. "Cursor -22", "Capture _Node_3",
 // "Release".
-class TScriptedInputState : public IInputState {
+class VELDIAGEDIT_EXPORT TScriptedInputState : public IInputState {
 public:
     TPoint Pos;
     TShiftState Shift = 0;
@@ -72,7 +73,7 @@ public:
 };
 
 // Installs a scripted state for the lifetime of the guard.
-class TScopedInputState {
+class VELDIAGEDIT_EXPORT TScopedInputState {
 public:
     explicit TScopedInputState(IInputState* s) { SetInputState(s); }
     ~TScopedInputState() { SetInputState(nullptr); }

@@ -13,16 +13,17 @@
 // A host can override either answer with the dynamic properties "vdePublishesOnPaint" and
 // "vdeCustomDrawn" (bool) on the widget.
 
+#include "velDiagEdit/velDiagEdit_export.h"
 #include <QWidget>
 #include <functional>
 
 namespace vde {
 
 // An empty handler removes the hook.
-void SetPaintHandler(QWidget* w, std::function<void()> handler);
-bool HasPaintHandler(const QWidget* w);
+VELDIAGEDIT_EXPORT void SetPaintHandler(QWidget* w, std::function<void()> handler);
+VELDIAGEDIT_EXPORT bool HasPaintHandler(const QWidget* w);
 
-bool PublishesOnPaint(const QWidget* w);
-bool IsCustomDrawnControl(const QWidget* w);
+VELDIAGEDIT_EXPORT bool PublishesOnPaint(const QWidget* w);
+VELDIAGEDIT_EXPORT bool IsCustomDrawnControl(const QWidget* w);
 
 } // namespace vde

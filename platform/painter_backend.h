@@ -4,12 +4,13 @@
 // on vector devices (SVG, printers) the same shapes go out as vector primitives.
 
 #include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 class QPainter;
 
 namespace vde {
 
-class TPainterBackend : public ICanvasBackend {
+class VELDIAGEDIT_EXPORT TPainterBackend : public ICanvasBackend {
 public:
     explicit TPainterBackend(QPainter* painter);
     void MoveTo(TPoint) override {}

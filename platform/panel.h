@@ -9,6 +9,7 @@
 
 #include "velDiagEdit/platform/colors.h"
 #include "velDiagEdit/platform/input_state.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QFrame>
 #include <QPointer>
@@ -17,7 +18,7 @@ namespace vde {
 
 enum TBevelCut : uint8_t { bvNone, bvLowered, bvRaised, bvSpace };
 
-class TPanel : public QFrame {
+class VELDIAGEDIT_EXPORT TPanel : public QFrame {
     Q_OBJECT
 public:
     // A panel of 185 x 41 pixels, raised outer bevel, button-face colour, no Qt parent yet.

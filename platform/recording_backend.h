@@ -2,6 +2,7 @@
 // Logs every canvas operation with the pen, brush and font in force, for exact tests.
 
 #include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QStringList>
 #include <vector>
@@ -10,7 +11,7 @@ namespace vde {
 
 enum TCanvasOpKind { opMoveTo, opLine, opRectangle, opEllipse, opPolygon, opFillRect, opTextOut };
 
-struct TCanvasOp {
+struct VELDIAGEDIT_EXPORT TCanvasOp {
     TCanvasOpKind Kind;
     std::vector<TPoint> Points; // MoveTo: 1; Line: from, to; Polygon: all; TextOut: 1
     TRect R;                    // Rectangle, Ellipse, FillRect
@@ -23,7 +24,7 @@ struct TCanvasOp {
     QString ToString() const;
 };
 
-class TRecordingBackend : public ICanvasBackend {
+class VELDIAGEDIT_EXPORT TRecordingBackend : public ICanvasBackend {
 public:
     std::vector<TCanvasOp> Ops;
 

@@ -4,6 +4,7 @@
 // check every count against the bytes that remain before anything is allocated.
 
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QString>
 #include <cstdint>
@@ -16,7 +17,7 @@ namespace vde {
 
 enum TSeekOrigin { soBeginning, soCurrent, soEnd };
 
-class TStream {
+class VELDIAGEDIT_EXPORT TStream {
 public:
     virtual ~TStream() = default;
     virtual int64_t Read(void* buffer, int64_t count) = 0;
@@ -49,7 +50,7 @@ public:
     int32_t ReadCount(const char* what, int64_t elementSize, bool negativeIsEmpty = false);
 };
 
-class TMemoryStream : public TStream {
+class VELDIAGEDIT_EXPORT TMemoryStream : public TStream {
 public:
     TMemoryStream() = default;
     explicit TMemoryStream(std::vector<uint8_t> bytes) : FData(std::move(bytes)) {}
@@ -69,7 +70,7 @@ private:
 };
 
 // Over any open QIODevice (a QFile, a QSaveFile, a QBuffer); the device is not owned.
-class TDeviceStream : public TStream {
+class VELDIAGEDIT_EXPORT TDeviceStream : public TStream {
 public:
     explicit TDeviceStream(QIODevice* device) : FDevice(device) {}
     int64_t Read(void* buffer, int64_t count) override;
@@ -83,7 +84,7 @@ protected:
 
 enum TFileMode { fmCreate, fmOpenRead, fmOpenWrite, fmOpenReadWrite };
 
-class TFileStream : public TDeviceStream {
+class VELDIAGEDIT_EXPORT TFileStream : public TDeviceStream {
 public:
     // Raises EFCreateError / EFOpenError with the file name and the system's reason.
     TFileStream(const QString& fileName, TFileMode mode);

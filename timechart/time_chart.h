@@ -7,6 +7,7 @@
 
 #include "velDiagEdit/platform/canvas.h"
 #include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QLabel>
 #include <QPointer>
@@ -27,13 +28,14 @@ using TLabel = QLabel;
 // carries nothing.
 struct TTimeDiagram {};
 
-class TTimeChart {
+class VELDIAGEDIT_EXPORT TTimeChart {
 public:
     // DC is the device to draw on: a widget during its paint, an image, an SVG generator, a
     // printer. It may be null; then nothing is drawn until a backend is set on Canvas().
-    // A widget can be drawn on only while it paints itself, and the chart then paints through a
-    // painter of its own on it: a host that paints the same widget itself finishes its own
-    // painter before making the chart.
+    // A widget can be drawn on only while it paints itself. A host that paints the widget too
+    // lends its painter (TPaintScope) before making the chart, which then draws through it and
+    // leaves it open; without a lent painter the chart opens one of its own for its lifetime,
+    // and the host must then have none open on the widget.
     explicit TTimeChart(QPaintDevice* DC);
     virtual ~TTimeChart();
     TTimeChart(const TTimeChart&) = delete;

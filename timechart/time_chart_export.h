@@ -3,6 +3,7 @@
 // chart's drawing, and the chart's caption label (a widget of its own) over it at its place.
 
 #include "velDiagEdit/timechart/time_chart.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QImage>
 #include <QSize>
@@ -14,11 +15,12 @@ namespace vde {
 // The host's drawing sequence, called once on a chart made over the picture.
 using TTimeChartSequence = std::function<void(TTimeChart& Chart)>;
 
-QImage RenderTimeChart(QSize Size, TColor Background, const TTimeChartSequence& Sequence);
-bool SaveTimeChartPng(const QString& FileName, QSize Size, TColor Background,
-                      const TTimeChartSequence& Sequence);
+VELDIAGEDIT_EXPORT QImage RenderTimeChart(QSize Size, TColor Background,
+                                          const TTimeChartSequence& Sequence);
+VELDIAGEDIT_EXPORT bool SaveTimeChartPng(const QString& FileName, QSize Size, TColor Background,
+                                         const TTimeChartSequence& Sequence);
 // Vector output: lines, fills and texts stay primitives of the SVG file.
-bool SaveTimeChartSvg(const QString& FileName, QSize Size, TColor Background, const QString& Title,
-                      const TTimeChartSequence& Sequence);
+VELDIAGEDIT_EXPORT bool SaveTimeChartSvg(const QString& FileName, QSize Size, TColor Background,
+                                         const QString& Title, const TTimeChartSequence& Sequence);
 
 } // namespace vde

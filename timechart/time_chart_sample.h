@@ -3,6 +3,7 @@
 // from: a valve's opening and holding phases with their durations.
 
 #include "velDiagEdit/timechart/time_chart.h"
+#include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QSize>
 #include <QString>
@@ -10,9 +11,9 @@
 namespace vde {
 
 // The picture size the sample fits in.
-QSize TimeChartSampleSize();
-QString TimeChartSampleCaption();
+VELDIAGEDIT_EXPORT QSize TimeChartSampleSize();
+VELDIAGEDIT_EXPORT QString TimeChartSampleCaption();
 // Draws the sample; Label (may be null) becomes the chart's caption label.
-void PaintTimeChartSample(TTimeChart& Chart, TLabel* Label);
+VELDIAGEDIT_EXPORT void PaintTimeChartSample(TTimeChart& Chart, TLabel* Label);
 
 } // namespace vde

@@ -156,7 +156,7 @@ TEST_F(BlockRecordsTest, ReadingARecordTakesEveryFieldAsStored) {
     TDiagObject* o = TDiagObject::LoadFromStream(s, &List);
     ASSERT_NE(o, nullptr);
     EXPECT_EQ(s.Position(), int64_t(b.size()));
-    EXPECT_NE(dynamic_cast<TDiagAndLogic*>(o), nullptr);
+    EXPECT_NE(qobject_cast<TDiagAndLogic*>(o), nullptr);
     EXPECT_EQ(List.Count(), 1);
     EXPECT_EQ(List[0], o);
     EXPECT_EQ(o->BoundsRect(), (TRect{30, 40, 110, 190}));
@@ -183,7 +183,7 @@ TEST_F(BlockRecordsTest, EachKindReadsBackFromItsGoldenRecord) {
         EXPECT_EQ(o->GetDiagObjType(), kinds[i]);
         EXPECT_EQ(HexDump(Saved(o)), HexDump(records[i])) << "kind " << int(kinds[i]);
     }
-    EXPECT_NE(dynamic_cast<TDiagRSTrigger*>(List[2]), nullptr);
+    EXPECT_NE(qobject_cast<TDiagRSTrigger*>(List[2]), nullptr);
     EXPECT_EQ(List[0]->GetTextValues(), QString::fromUtf8("\xC3\x84\xE2\x82\xAC"));
     EXPECT_EQ(List[2]->GetTextHeights(), QStringLiteral("20|0|255"));
 }

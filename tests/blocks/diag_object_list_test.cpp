@@ -21,8 +21,8 @@ class DiagObjectListTest : public BlockListTest {};
 TEST_F(DiagObjectListTest, CreatesATextBlock) {
     TDiagObject* o = List.CreateObjByDiagType(doText, {10, 20, 130, 80});
     ASSERT_NE(o, nullptr);
-    EXPECT_NE(dynamic_cast<TDiagText*>(o), nullptr);
-    EXPECT_EQ(dynamic_cast<TDiagLogic*>(o), nullptr);
+    EXPECT_NE(qobject_cast<TDiagText*>(o), nullptr);
+    EXPECT_EQ(qobject_cast<TDiagLogic*>(o), nullptr);
     EXPECT_EQ(o->GetDiagObjType(), doText);
     EXPECT_EQ(o->GetTextValues(), QStringLiteral("Text"));
     EXPECT_EQ(o->AlignHoriz, 0);
@@ -40,7 +40,7 @@ TEST_F(DiagObjectListTest, CreatesATextBlock) {
 TEST_F(DiagObjectListTest, CreatesAnAndGate) {
     TDiagObject* o = List.CreateObjByDiagType(doAndLogic, {40, 16, 100, 116});
     ASSERT_NE(o, nullptr);
-    auto* g = dynamic_cast<TDiagAndLogic*>(o);
+    auto* g = qobject_cast<TDiagAndLogic*>(o);
     ASSERT_NE(g, nullptr);
     EXPECT_EQ(o->GetDiagObjType(), doAndLogic);
     EXPECT_EQ(o->GetTextValues(), QStringLiteral("&"));
@@ -58,7 +58,7 @@ TEST_F(DiagObjectListTest, CreatesAnAndGate) {
 TEST_F(DiagObjectListTest, CreatesAnOrGate) {
     TDiagObject* o = List.CreateObjByDiagType(doOrLogic, {0, 0, 60, 100});
     ASSERT_NE(o, nullptr);
-    EXPECT_NE(dynamic_cast<TDiagOrLogic*>(o), nullptr);
+    EXPECT_NE(qobject_cast<TDiagOrLogic*>(o), nullptr);
     EXPECT_EQ(o->GetDiagObjType(), doOrLogic);
     EXPECT_EQ(o->GetTextValues(), QStringLiteral("1"));
     EXPECT_EQ(o->AlignVert, 15);
@@ -70,7 +70,7 @@ TEST_F(DiagObjectListTest, CreatesAnOrGate) {
 TEST_F(DiagObjectListTest, CreatesAnRSTrigger) {
     TDiagObject* o = List.CreateObjByDiagType(doRSTrigger, {5, 5, 105, 205});
     ASSERT_NE(o, nullptr);
-    auto* r = dynamic_cast<TDiagRSTrigger*>(o);
+    auto* r = qobject_cast<TDiagRSTrigger*>(o);
     ASSERT_NE(r, nullptr);
     EXPECT_EQ(o->GetDiagObjType(), doRSTrigger);
     EXPECT_EQ(o->GetTextValues(), QStringLiteral("R|S|T"));

@@ -1,6 +1,8 @@
 #include "modal_driver.h"
 #include "velDiagEdit/dialogs/edit_segment_params.h"
 #include "velDiagEdit/dialogs/edit_size_value.h"
+#include "velDiagEdit/dialogs/qt_dialog_service.h"
+#include "velDiagEdit/dialogs/scripted_dialog_service.h"
 #include "velDiagEdit/dialogs/select_item_dlg.h"
 #include "velDiagEdit/platform/dialog_service.h"
 
@@ -49,6 +51,37 @@ TEST(DialogServiceAccess, ADestroyedScriptedServiceIsNoLongerInForce) {
         SetDialogService(&s);
     }
     EXPECT_NE(dynamic_cast<TQtDialogService*>(&DialogService()), nullptr);
+}
+
+TEST(DialogServiceAccess, TheQtServiceIsTheDefaultFromTheStart) {
+    EXPECT_EQ(&DialogService(), &QtDialogService());
+}
+
+TEST(DialogServiceAccess, AnotherDefaultServesWhileNoneIsInstalled) {
+    TScriptedDialogService fallback;
+    SetDefaultDialogService(&fallback);
+    EXPECT_EQ(&DialogService(), &fallback);
+    TScriptedDialogService installed;
+    {
+        TScopedDialogService scope(&installed);
+        EXPECT_EQ(&DialogService(), &installed);
+    }
+    EXPECT_EQ(&DialogService(), &fallback);
+    SetDefaultDialogService(&QtDialogService());
+    EXPECT_EQ(&DialogService(), &QtDialogService());
+}
+
+TEST(DialogServiceAccess, WithoutAnyServiceAPromptIsAnInvalidOperation) {
+    {
+        // The default goes away with the service: nothing is left to answer.
+        TScriptedDialogService fallback;
+        SetDefaultDialogService(&fallback);
+    }
+    EXPECT_THROW(DialogService(), EInvalidOperation);
+    TOpenDialog open;
+    EXPECT_THROW(open.Execute(), EInvalidOperation);
+    SetDefaultDialogService(&QtDialogService());
+    EXPECT_EQ(&DialogService(), &QtDialogService());
 }
 
 // ---- Scripted service -----------------------------------------------------------------------
@@ -242,6 +275,27 @@ TEST(ScriptedDialogService, MessageDlgWithoutADefaultButtonTakesOkElseYes) {
     EXPECT_EQ(s.Asked()[1].DefaultButton, mbOK);
 }
 
+TEST(MessageDlgButtons, WithoutOkOrYesTheDefaultIsRetry) {
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbAbort, mbRetry, mbIgnore})), mbRetry);
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbRetry, mbCancel})), mbRetry);
+    // Retry even where it is not shown: then no button is the default.
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbAbort, mbIgnore})), mbRetry);
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbNo, mbCancel, mbHelp, mbClose})), mbRetry);
+    EXPECT_EQ(DefaultMsgDlgButton(0), mbRetry);
+    // OK before Yes, Yes before Retry.
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbYes, mbOK, mbRetry})), mbOK);
+    EXPECT_EQ(DefaultMsgDlgButton(MsgDlgButtons({mbYes, mbRetry})), mbYes);
+}
+
+TEST(ScriptedDialogService, MessageDlgWithoutOkOrYesAsksWithRetryAsTheDefault) {
+    TScriptedDialogService s;
+    s.Expect(TDialogAnswer::Modal(mrIgnore));
+    EXPECT_EQ(s.MessageDlg(QStringLiteral("Disk not ready"), mtError,
+                           MsgDlgButtons({mbAbort, mbRetry, mbIgnore}), 0),
+              mrIgnore);
+    EXPECT_EQ(s.Asked()[0].DefaultButton, mbRetry);
+}
+
 // ---- File filters ---------------------------------------------------------------------------
 
 TEST(FileFilterToQt, DiagramFilterBecomesOneNameFilter) {
@@ -332,6 +386,20 @@ TEST(QtDialogService, MessageDlgEscapePressesNoWhenThereIsNoCancel) {
     TQtDialogService s;
     WhenModalShown([](QWidget* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); });
     EXPECT_EQ(s.MessageDlg(QStringLiteral("q"), mtConfirmation, mbYesNo, 0, mbYes), mrNo);
+}
+
+TEST(QtDialogService, MessageDlgWithoutOkOrYesMakesRetryTheDefaultSoEnterPressesIt) {
+    TQtDialogService s;
+    WhenModalShown([](QWidget* dialog) {
+        QMessageBox* box = Box(dialog);
+        ASSERT_TRUE(box);
+        EXPECT_EQ(box->buttons().size(), 3);
+        EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Retry));
+        QTest::keyClick(dialog, Qt::Key_Return);
+    });
+    EXPECT_EQ(s.MessageDlg(QStringLiteral("Disk not ready"), mtError,
+                           MsgDlgButtons({mbAbort, mbRetry, mbIgnore}), 0),
+              mrRetry);
 }
 
 TEST(QtDialogService, MessageDlgClosedWithoutAButtonGivesCancel) {

@@ -184,3 +184,44 @@ TEST(WidgetCanvas, DrawingOutsidePaintAsksForRepaint) {
     c.Rectangle(0, 0, 3, 3);
     EXPECT_EQ(asked, 2);
 }
+
+TEST(PaintScope, TheInnermostScopeOfADeviceLendsItsPainterAndTheOuterOneComesBack) {
+    QWidget w; // the device the canvas draws on; it is not painting itself
+    w.resize(10, 10);
+    QImage outerImage = WhiteImage(10, 10), innerImage = WhiteImage(10, 10);
+    QPainter outerPainter(&outerImage), innerPainter(&innerImage);
+    TCanvas c;
+    c.SetHandle(&w);
+    int asked = 0;
+    c.OnRequestPaint = [&] { ++asked; };
+    c.Brush.Color = 0x0000FF;
+    {
+        TPaintScope outer(&w, &outerPainter);
+        EXPECT_EQ(TPaintScope::PainterFor(&w), &outerPainter);
+        {
+            TPaintScope inner(&w, &innerPainter);
+            EXPECT_EQ(TPaintScope::PainterFor(&w), &innerPainter);
+            c.FillRect({0, 0, 2, 2});
+        }
+        EXPECT_EQ(TPaintScope::PainterFor(&w), &outerPainter);
+        c.FillRect({5, 5, 7, 7});
+    }
+    EXPECT_EQ(TPaintScope::PainterFor(&w), nullptr);
+    outerPainter.end();
+    innerPainter.end();
+    EXPECT_EQ(asked, 0);
+    EXPECT_EQ(PixelColor(innerImage, 1, 1), 0x0000FFu);
+    EXPECT_EQ(PixelColor(innerImage, 6, 6), clWhite);
+    EXPECT_EQ(PixelColor(outerImage, 6, 6), 0x0000FFu);
+    EXPECT_EQ(PixelColor(outerImage, 1, 1), clWhite);
+}
+
+TEST(PaintScope, AnInnerScopeOfAnotherDeviceLeavesTheOuterDeviceItsPainter) {
+    QWidget w1, w2;
+    QImage i1 = WhiteImage(4, 4), i2 = WhiteImage(4, 4);
+    QPainter p1(&i1), p2(&i2);
+    TPaintScope outer(&w1, &p1);
+    TPaintScope inner(&w2, &p2);
+    EXPECT_EQ(TPaintScope::PainterFor(&w1), &p1);
+    EXPECT_EQ(TPaintScope::PainterFor(&w2), &p2);
+}

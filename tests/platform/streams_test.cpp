@@ -51,6 +51,34 @@ TEST(MemoryStream, HugeStrCountFailsAtOnceWithOffset) {
     }
 }
 
+TEST(MemoryStream, StrCountIsCheckedInBytesNotInUnits) {
+    // Three UTF-16 units need 6 bytes; 4 remain. A check of the count against the bytes alone
+    // (3 <= 4) would let it through to a short read.
+    TMemoryStream s(Bytes().u8(0).i32(3).u16('a').u16('b').data());
+    s.SetPosition(1);
+    try {
+        s.ReadStr();
+        FAIL() << "a string longer than the bytes left was read";
+    } catch (const EFormatError& e) {
+        EXPECT_EQ(e.Offset(), 1);
+        EXPECT_TRUE(e.Message().contains(QStringLiteral("String length 3"))) << e.what();
+    }
+    // Nothing of the string was consumed beyond its count.
+    EXPECT_EQ(s.Position(), 5);
+}
+
+TEST(MemoryStream, StrCountWhoseUnitsExactlyFillTheRestIsRead) {
+    TMemoryStream s(Bytes().i32(2).u16('a').u16('b').data());
+    EXPECT_EQ(s.ReadStr(), QStringLiteral("ab"));
+    EXPECT_EQ(s.Position(), 8);
+}
+
+TEST(MemoryStream, StrCountOneUnitTooLongFailsAtOnce) {
+    // 2 units need 4 bytes; 3 remain (one byte past an odd end).
+    TMemoryStream s(Bytes().i32(2).u16('a').u8('b').data());
+    EXPECT_THROW(s.ReadStr(), EFormatError);
+}
+
 TEST(MemoryStream, ReadCountChecksRemainingBytes) {
     TMemoryStream s(Bytes().i32(3).i32(0).i32(0).data());
     EXPECT_THROW(s.ReadCount("points", 8), EFormatError);

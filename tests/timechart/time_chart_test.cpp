@@ -132,6 +132,7 @@ TEST(TimeChartPaint, OddDeltaWidthGivesArrowheadHalfWidthsTruncated) {
     r.chart.PrepareRectArea(15, 9, 40, 20, 200, 100, nullptr, QString(), clWhite, true);
     // P0 (49,20), P2 (240,111); D/2 = 4.
     const QStringList s = r.rec.Strings();
+    ASSERT_GE(s.size(), 9);
     EXPECT_EQ(s[0], "MoveTo 45,29");
     EXPECT_EQ(s[1], "Line 45,29 49,20 w2 c$000000");
     EXPECT_EQ(s[2], "Line 49,20 53,29 w2 c$000000");
@@ -195,12 +196,19 @@ TEST(TimeChartLines, HalfwayPositionsRoundToEven) {
     RecordedChart r;
     r.Prepare(10, 201); // 50 % of 201 = 100.5 -> 100
     r.chart.PaintLines({50}, 1, psSolid);
+    ASSERT_GE(r.rec.Ops.size(), 1u);
+    ASSERT_FALSE(r.rec.Ops[0].Points.empty());
     EXPECT_EQ(r.rec.Ops[0].Points[0].X, 140);
     r.Prepare(10, 203); // 50 % of 203 = 101.5 -> 102
     r.chart.PaintLines({50}, 1, psSolid);
+    ASSERT_GE(r.rec.Ops.size(), 1u);
+    ASSERT_FALSE(r.rec.Ops[0].Points.empty());
     EXPECT_EQ(r.rec.Ops[0].Points[0].X, 142);
     r.Prepare(10, 205); // 10 % of 205 = 20.5 -> 20; 30 % = 61.5 -> 62
     r.chart.PaintLines({10, 30}, 1, psSolid);
+    ASSERT_GE(r.rec.Ops.size(), 3u);
+    ASSERT_FALSE(r.rec.Ops[0].Points.empty());
+    ASSERT_FALSE(r.rec.Ops[2].Points.empty());
     EXPECT_EQ(r.rec.Ops[0].Points[0].X, 60);
     EXPECT_EQ(r.rec.Ops[2].Points[0].X, 102);
 }
@@ -267,6 +275,8 @@ TEST(TimeChartArrow, BarbSpreadIsFourTenthsOfTheSizeRounded) {
     r.chart.PaintArrow(0, 0, true, 16); // 6.4 -> 6
     const auto lines = r.rec.OfKind(opLine);
     ASSERT_EQ(lines.size(), 6u);
+    for (const auto& line : lines)
+        ASSERT_EQ(line.Points.size(), 2u);
     EXPECT_EQ(lines[0].Points[1], (TPoint{7, -3}));
     EXPECT_EQ(lines[1].Points[1], (TPoint{7, 3}));
     EXPECT_EQ(lines[2].Points[1], (TPoint{1, 0}));
