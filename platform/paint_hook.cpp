@@ -2,6 +2,7 @@
 
 #include "velDiagEdit/platform/canvas.h"
 #include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/event_boundary.h"
 
 #include <QAbstractScrollArea>
 #include <QCoreApplication>
@@ -39,7 +40,7 @@ protected:
             QPainter p(w);
             TPaintScope scope(w, &p);
             const auto h = Handler;
-            h();
+            RunInEventBoundary("paint", h);
         }
         return true;
     }
