@@ -1,9 +1,10 @@
 // Demo page: a host panel turned into an editable diagram surface. Blocks of each kind stand on
-// it, joined by routed wires and one hand-drawn wire that ends on another; design mode is on.
+// it, joined by routed wires and one hand-drawn wire; design mode is on.
 // Click a block to select it, click near a marker of a selected block to pick the marker,
 // Shift-drag a block to move it (or, near its bottom-right corner, to resize it), right-click a
 // block or the surface for the menus; the push button can be moved with the mouse.
 #include "demo_pages.h"
+#include "velDiagEdit/blocks/diag_text.h"
 #include "velDiagEdit/editor/diag_container.h"
 #include "velDiagEdit/platform/dialog_service.h"
 
@@ -127,12 +128,10 @@ QWidget* CreateEditorPage() {
     new TDiagObjConnection(c1, o, 1, rs, -3, TPoint{12, 10}, 0, 0, 0);
     new TDiagObjConnection(c1, rs, 1, t, -1, TPoint{14, 10}, 0, 0, 0);
     new TDiagObjConnection(c1, rs, 2, a2, -2, TPoint{14, 10}, 0, 0, 0);
-    // A hand-drawn wire from the upper gate's second input that lands on the wire below it.
-    auto* hand = new TDiagObjConnection(c1, a, -2, 30);
-    hand->AddSegment(150, 2);
-    dc->SelInfo = LongRec{uint16_t(hand->FPoints.size() - 1), uint16_t(c1->Count())};
-    c1->EndConnectionByLongRec(dc->SelInfo, nullptr, nullptr);
-    dc->SelInfo = {};
+    // A hand-drawn wire being built from the lower gate's second input: out to the left, then
+    // down.
+    auto* hand = new TDiagObjConnection(c1, o, -2, 30);
+    hand->AddSegment(70, -2);
 
     host->connections = new TPopupMenu(host);
     host->connections->SetName(QStringLiteral("pmConnections"));

@@ -25,7 +25,7 @@ protected:
         }
         for (int i = 0; i < 4; ++i)
             new TDiagObjConnection(dc->ConList.get(), g[i], 1, g[(i + 1) % 4], -1 - (i & 1),
-                                   TPoint{10, 10}, 0, i % 3 - 1, i % 3 - 1);
+                                   TPoint{10, 10}, i % 3 - 1, i % 3 - 1, 0);
         Wire(*dc->ConList, {{5, 5}, {395, 5}, {395, 295}})->FSelectedIndex = 1;
         TDiagConnection* j = Wire(*dc->ConList, {{150, 290}, {150, 100}});
         j->FDstCrossInfo = LR(1, 2);
