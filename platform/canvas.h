@@ -14,6 +14,7 @@
 #include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QFont>
+#include <QFontMetrics>
 #include <QString>
 #include <functional>
 #include <memory>
@@ -62,6 +63,8 @@ struct TFont {
 // The Qt font that a TFont draws with, and its metrics; shared by every backend so that
 // measuring never depends on where the text goes. Needs a QGuiApplication.
 VELDIAGEDIT_EXPORT QFont ToQFont(const TFont& font);
+// The metrics of that font; the reference stays valid until many other fonts were asked for.
+VELDIAGEDIT_EXPORT const QFontMetrics& FontMetricsOf(const TFont& font);
 VELDIAGEDIT_EXPORT int FontTextWidth(const TFont& font, const QString& text);
 VELDIAGEDIT_EXPORT int FontTextHeight(const TFont& font);
 VELDIAGEDIT_EXPORT int FontAscent(const TFont& font);
@@ -83,11 +86,15 @@ public:
 // event (of a graphic control, or a hooked host widget) lends its painter to the canvases.
 class VELDIAGEDIT_EXPORT TPaintScope {
 public:
-    TPaintScope(QPaintDevice* device, QPainter* painter);
+    // `paintRect`, when given, is the part of the device that this paint renews (a paint
+    // event's rectangle); drawing wholly outside it can be left out.
+    TPaintScope(QPaintDevice* device, QPainter* painter, const TRect* paintRect = nullptr);
     ~TPaintScope();
     TPaintScope(const TPaintScope&) = delete;
     TPaintScope& operator=(const TPaintScope&) = delete;
     static QPainter* PainterFor(const QPaintDevice* device);
+    // The rectangle being painted on the device, when a scope for it named one.
+    static bool PaintRectFor(const QPaintDevice* device, TRect& R);
 };
 
 class VELDIAGEDIT_EXPORT TCanvas {
@@ -114,6 +121,10 @@ public:
     void TextOut(int32_t x, int32_t y, const QString& text);
     int TextWidth(const QString& text) const;
     int TextHeight(const QString& text) const;
+    // The part of the drawing surface that drawing can still change: the rectangle of the paint
+    // under way, or the device's own bounds. False when no bound is known (a recorder, a canvas
+    // without device): then everything counts.
+    bool ClipRect(TRect& R) const;
 
     // An explicit backend (a recorder, or a painter the caller holds); not owned.
     void SetBackend(ICanvasBackend* backend) { FBackend = backend; }

@@ -1,5 +1,7 @@
 #include "velDiagEdit/platform/controls.h"
 
+#include "velDiagEdit/platform/event_boundary.h"
+
 #include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
@@ -41,8 +43,7 @@ TShiftState EventShift(const QMouseEvent* e) {
     return ShiftStateFromQt(e->modifiers(), e->buttons() | e->button());
 }
 
-// Delivers a mouse event to the handlers; true when it was one of the mouse events.
-bool Dispatch(QObject* sender, const TMouseHandlers& h, QEvent* ev) {
+bool DispatchUnguarded(QObject* sender, const TMouseHandlers& h, QEvent* ev) {
     switch (ev->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick: {
@@ -73,6 +74,18 @@ bool Dispatch(QObject* sender, const TMouseHandlers& h, QEvent* ev) {
     default:
         return false;
     }
+}
+
+// Delivers a mouse event to the handlers; true when it was one of the mouse events. A handler's
+// error stops at the event boundary.
+bool Dispatch(QObject* sender, const TMouseHandlers& h, QEvent* ev) {
+    const QEvent::Type t = ev->type();
+    bool handled = t == QEvent::MouseButtonPress || t == QEvent::MouseButtonDblClick ||
+                   t == QEvent::MouseMove || t == QEvent::MouseButtonRelease;
+    if (!handled)
+        return false;
+    RunInEventBoundary("mouse", [&] { handled = DispatchUnguarded(sender, h, ev); });
+    return handled;
 }
 
 class TMouseHook : public QObject {
@@ -110,7 +123,7 @@ void TGraphicControl::paintEvent(QPaintEvent*) {
     QPainter p(this);
     {
         TPaintScope scope(this, &p);
-        Paint();
+        RunInEventBoundary("paint", [this] { Paint(); });
     }
     FCanvas.ReleaseHandlePainter();
 }

@@ -2,6 +2,7 @@
 
 #include "velDiagEdit/platform/canvas.h"
 #include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/event_boundary.h"
 
 #include <QAbstractScrollArea>
 #include <QCoreApplication>
@@ -9,6 +10,7 @@
 #include <QFrame>
 #include <QGroupBox>
 #include <QLabel>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QVariant>
 
@@ -37,9 +39,11 @@ protected:
         FBusy = false;
         {
             QPainter p(w);
-            TPaintScope scope(w, &p);
+            const QRect pr = static_cast<QPaintEvent*>(ev)->rect();
+            const TRect rect{pr.left(), pr.top(), pr.left() + pr.width(), pr.top() + pr.height()};
+            TPaintScope scope(w, &p, &rect);
             const auto h = Handler;
-            h();
+            RunInEventBoundary("paint", h);
         }
         return true;
     }

@@ -1,0 +1,222 @@
+#include "velDiagEdit/editor/diag_container.h"
+
+#include "velDiagEdit/geometry/codecs.h"
+#include "velDiagEdit/platform/paint_hook.h"
+
+#include <QWidget>
+
+namespace vde {
+
+TDiagContainer::TDiagContainer(QWidget* AParent, TCanvas* ACanvas, TdmMoveResize* AMoveResize) {
+    FParent = AParent;
+    FCanvas = ACanvas;
+    if (FCanvas) {
+        ConList = std::make_unique<TDiagConnectList>(ACanvas);
+        ObjList = std::make_unique<TDiagObjectList>(AParent);
+        ObjList->SetParentCanvas(ACanvas);
+    }
+    AssignPaintEvent();
+    CntList = std::make_unique<TControlList>(AParent);
+    dmMoveResize = AMoveResize;
+    AssignControlEventsForParent();
+}
+
+TDiagContainer::~TDiagContainer() {
+    // The handlers on the parent call back into this object; a parent that outlives the
+    // container must not call them any more.
+    if (FParent) {
+        if (FPaintHooked)
+            SetPaintHandler(FParent, {});
+        if (FMouseUpHooked)
+            SetParentMouseUp(false);
+    }
+    ConList.reset();
+    ObjList.reset();
+    CntList.reset();
+}
+
+void TDiagContainer::Clear(bool OnlySizeAndPos) {
+    if (!OnlySizeAndPos) {
+        if (ObjList)
+            ObjList->Clear();
+        if (ConList)
+            ConList->Clear();
+    }
+    CntList->Clear();
+    SelInfo = LongRec{};
+    if (FParent)
+        FParent->update();
+}
+
+void TDiagContainer::Refresh() {
+    if (!FCanvas)
+        return;
+    if (ObjList)
+        ObjList->Refresh();
+    if (ConList)
+        ConList->Refresh();
+    if (FParent)
+        FParent->update();
+}
+
+bool TDiagContainer::SetPublishedMethod(QWidget* Instance, const QString& PropName,
+                                        std::function<void()> Method) {
+    // The only event the container sets by name is the parent's paint.
+    if (!Instance || PropName != QLatin1String("OnPaint") || !PublishesOnPaint(Instance))
+        return false;
+    SetPaintHandler(Instance, std::move(Method));
+    return true;
+}
+
+void TDiagContainer::AssignPaintEvent() {
+    if (!FCanvas) {
+        SetPublishedMethod(FParent, QStringLiteral("OnPaint"), {});
+        FPaintHooked = false;
+        return;
+    }
+    QWidget* parent = FParent;
+    FPaintHooked = SetPublishedMethod(FParent, QStringLiteral("OnPaint"),
+                                      [this, parent] { PaintEvent(parent); });
+}
+
+void TDiagContainer::PaintEvent(QObject* /*Sender*/) {
+    if (ConList && ConList->Count() > 0 && FResizeMode == kDragNone)
+        ConList->Paint();
+}
+
+void TDiagContainer::AssignControlEventsForParent() {
+    if (!dmMoveResize)
+        return;
+    dmMoveResize->CreateNodes(FParent, FParent);
+    AssignControlEventsForChildren(false);
+}
+
+void TDiagContainer::AssignControlEventsForChildren(bool Clear) {
+    if (!dmMoveResize || !FParent)
+        return;
+    if (CntList->Count() > 0) {
+        for (int i = 0; i < CntList->Count(); ++i)
+            if (QWidget* c = CntList->Items(i))
+                dmMoveResize->AssignControlEvents(c, Clear);
+        return;
+    }
+    const QObjectList children = FParent->children();
+    for (QObject* child : children) {
+        if (!IsWindowedControl(child))
+            continue;
+        auto* w = static_cast<QWidget*>(child);
+        if (w->isWindow())
+            continue;
+        if (dmMoveResize->AssignControlEvents(w, false))
+            CntList->Add(w);
+    }
+}
+
+void TDiagContainer::AssignContextMenus(TPopupMenu* ConnectionsMenu, TPopupMenu* ObjectsMenu) {
+    pmConnections = ConnectionsMenu;
+    pmObjects = ObjectsMenu;
+    SetParentMouseUp(pmConnections && pmObjects && FDesignMode);
+}
+
+void TDiagContainer::SetParentMouseUp(bool Hook) {
+    if (!FParent)
+        return;
+    TMouseHandlers h = GetMouseHandlers(FParent);
+    if (Hook)
+        h.OnMouseUp = [this](QObject* Sender, TMouseButton Button, TShiftState Shift, int X,
+                             int Y) { ParentMouseUp(Sender, Button, Shift, X, Y); };
+    else
+        h.OnMouseUp = {};
+    SetMouseHandlers(FParent, h);
+    FMouseUpHooked = Hook;
+}
+
+TDiagObject* TDiagContainer::BlockOf(QObject* Sender) const {
+    return dynamic_cast<TDiagObject*>(Sender);
+}
+
+void TDiagContainer::AssignObjEventsEx(QObject* Obj, bool Clear) {
+    TDiagObject* block = BlockOf(Obj);
+    if (!block)
+        return;
+    if (Clear) {
+        block->SetOnModifyBounds({});
+        block->SetOnModifyMarkers({});
+        SetMouseHandlers(block, {});
+        if (ObjList)
+            ObjList->SetOnDeleteObject({});
+        return;
+    }
+    TNotifyEvent modified = [this](QObject* Sender) { OnModifyBounds(Sender); };
+    block->SetOnModifyBounds(modified);
+    block->SetOnModifyMarkers(modified);
+    TMouseHandlers h;
+    h.OnMouseDown = [this](QObject* Sender, TMouseButton Button, TShiftState Shift, int X, int Y) {
+        DiagMouseDown(Sender, Button, Shift, X, Y);
+    };
+    h.OnMouseMove = [this](QObject* Sender, TShiftState Shift, int X, int Y) {
+        DiagMouseMove(Sender, Shift, X, Y);
+    };
+    h.OnMouseUp = [this](QObject* Sender, TMouseButton Button, TShiftState Shift, int X, int Y) {
+        DiagMouseUp(Sender, Button, Shift, X, Y);
+    };
+    SetMouseHandlers(block, h);
+    // Hover over a block shows the resize cursor with Shift held, so moves are wanted without a
+    // button pressed too.
+    block->setMouseTracking(true);
+    if (ObjList) {
+        TDiagConnectList* cons = ConList.get();
+        ObjList->SetOnDeleteObject([cons](QObject* Sender) {
+            if (cons)
+                cons->UpdateBeforeDelete(Sender);
+        });
+    }
+}
+
+void TDiagContainer::AssignObjEvents(QObject* Obj) {
+    AssignObjEventsEx(Obj, false);
+}
+
+void TDiagContainer::AssignObjEventsForDesignMode(QObject* Obj) {
+    AssignObjEventsEx(Obj, !FDesignMode);
+}
+
+void TDiagContainer::CreateDiagObEvent(QObject* Sender) {
+    auto* item = qobject_cast<TMenuItem*>(Sender);
+    if (!item || item->Tag < 0 || item->Tag > 255)
+        return;
+    TDiagObject* obj = CreateObjectAtMousePos(TDiagObjectType(uint8_t(item->Tag)));
+    if (obj)
+        AssignObjEvents(obj);
+}
+
+void TDiagContainer::OnModifyBounds(QObject* Sender) {
+    if (FResizeMode != kDragNone || !ConList)
+        return;
+    ConList->UpdatePath(Sender);
+}
+
+QWidget* TDiagContainer::GetCurrentNodeControl() const {
+    return dmMoveResize ? dmMoveResize->GetCurrentNodeControl() : nullptr;
+}
+
+void TDiagContainer::ResolveObjLinks(TDiagConnection* Obj) {
+    if (!Obj || !ObjList)
+        return;
+    Obj->SetSrcObject(ObjList->FindObjByKey(Obj->GetSrcKey()));
+    Obj->SetDstObject(ObjList->FindObjByKey(Obj->GetDstKey()));
+}
+
+TDiagObject* TDiagContainer::CreateObjectAtMousePos(TDiagObjectType ObjType) {
+    const TPoint size = DefaultObjectSize(ObjType);
+    const TRect R{FClickPoint.X, FClickPoint.Y, FClickPoint.X + size.X, FClickPoint.Y + size.Y};
+    return CreateObjByDiagType(ObjType, R);
+}
+
+TDiagObject* TDiagContainer::CreateObjByDiagType(TDiagObjectType ObjType, const TRect& R) {
+    if (!ObjList)
+        return nullptr;
+    return ObjList->CreateObjByDiagType(ObjType, R);
+}
+
+} // namespace vde

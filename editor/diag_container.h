@@ -1,0 +1,172 @@
+#pragma once
+// The diagram surface: turns a host widget (the parent) into an editor of blocks and the
+// connections between them. It owns the block list, the connection list and the list of the
+// parent's own child widgets, paints the connections on top of the parent after the parent has
+// painted itself, and in design mode takes the mouse events of the parent and of every block:
+// selection of blocks, markers and segments, Shift-drag to move or resize a block, and the two
+// context menus that the command module supplies.
+//
+// Ownership: the three lists belong to the container and go with it (connections first). The
+// parent, the canvas, the move/resize module and the menus are only referred to. Blocks are
+// owned by the block list; the selected block is watched, so a block freed by any path reads as
+// none afterwards.
+
+#include "velDiagEdit/blocks/control_list.h"
+#include "velDiagEdit/blocks/diag_object.h"
+#include "velDiagEdit/blocks/diag_object_list.h"
+#include "velDiagEdit/connections/diag_connect_list.h"
+#include "velDiagEdit/connections/diag_connection.h"
+#include "velDiagEdit/geometry/diag_types.h"
+#include "velDiagEdit/handles/move_resize.h"
+#include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/menus.h"
+#include "velDiagEdit/platform/streams.h"
+#include "velDiagEdit/platform/types.h"
+#include "velDiagEdit/velDiagEdit_export.h"
+
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+#include <memory>
+
+namespace vde {
+
+// Drag state of a block (FResizeMode).
+constexpr int32_t kDragNone = 0, kDragMove = 1, kDragResize = 2;
+// A Shift-press closer than this (Chebyshev, screen pixels) to a block's bottom-right corner
+// resizes; farther away it moves.
+constexpr int kResizeZone = 15;
+// Width and height never go below this while a block is resized by dragging.
+constexpr int kMinBlockSize = 50;
+// How close a click must come to a marker to pick it (the block looks within 10 pixels anyway).
+constexpr double kMarkerPickDistance = 8.0;
+// The first four bytes of a container stream.
+constexpr uint32_t kContainerSignature = 0x98F35D4Eu;
+
+class VELDIAGEDIT_EXPORT TDiagContainer {
+public:
+    // Without a canvas the container has no block or connection list: it only keeps the
+    // parent's own child widgets under move/resize control and their bounds.
+    TDiagContainer(QWidget* AParent, TCanvas* ACanvas, TdmMoveResize* AMoveResize);
+    virtual ~TDiagContainer();
+    TDiagContainer(const TDiagContainer&) = delete;
+    TDiagContainer& operator=(const TDiagContainer&) = delete;
+
+    // ---- core and lifecycle
+    // false: frees all blocks and connections. Both: forgets the foreign controls and the
+    // selected segment and repaints; the selected block is not touched (it reads as none once
+    // its block is gone).
+    void Clear(bool OnlySizeAndPos);
+    void Refresh();
+    void AssignPaintEvent();
+    void AssignControlEventsForParent();
+    void AssignControlEventsForChildren(bool Clear);
+    void AssignContextMenus(TPopupMenu* ConnectionsMenu, TPopupMenu* ObjectsMenu);
+    void PaintEvent(QObject* Sender);
+    void AssignObjEvents(QObject* Obj);
+    void AssignObjEventsEx(QObject* Obj, bool Clear);
+    void AssignObjEventsForDesignMode(QObject* Obj);
+    void CreateDiagObEvent(QObject* Sender);
+    void OnModifyBounds(QObject* Sender);
+    QWidget* GetCurrentNodeControl() const;
+    void ResolveObjLinks(TDiagConnection* Obj);
+
+    // ---- persistence
+    void SaveToStream(TStream& Stream);
+    void LoadFromStream(TStream& Stream);
+    void SaveInfoToStream(TStream& Stream);
+    void LoadInfoFromStream(TStream& Stream);
+    void SaveDiagramToFile(const QString& FileName);
+    void LoadDiagramFromFile(const QString& FileName);
+    void SaveDefaultDiagramFile();
+    void LoadDefaultDiagramFile();
+    void SaveDiagramToText(const QString& FileName);
+    void LoadDiagramFromText(const QString& FileName);
+
+    // ---- mouse and design mode
+    bool GetDesignMode() const { return FDesignMode; }
+    void SetDesignMode(bool Value);
+    void DiagMouseDown(QObject* Sender, TMouseButton Button, TShiftState Shift, int X, int Y);
+    void DiagMouseMove(QObject* Sender, TShiftState Shift, int X, int Y);
+    void DiagMouseUp(QObject* Sender, TMouseButton Button, TShiftState Shift, int X, int Y);
+    void MoveDiagObj(QObject* Sender);
+    void ParentMouseUp(QObject* Sender, TMouseButton Button, TShiftState Shift, int X, int Y);
+    void SelectBestSegment(TPoint P);
+    TDiagObject* CreateObjectAtMousePos(TDiagObjectType ObjType);
+    TDiagObject* CreateObjByDiagType(TDiagObjectType ObjType, const TRect& R);
+
+    // ---- editing commands: segments
+    void DeleteCurSegment();
+    void AlignCurSegment();
+    void EndConnectionWithCross();
+    void EndDiagConnection();
+    void ShowSegmentRect();
+    void ShowSegmentIndex();
+    void EditSegmentOfConnection();
+    void EndConnectionWithSegment();
+    // ---- editing commands: building connections
+    bool AddDiagConnection(int Size, bool DoRefresh);
+    // Declared with a result that is never set; callers must not use it.
+    bool AddDiagConnections(int Size, bool DoRefresh);
+    void AddSegmentToConnection();
+    // ---- editing commands: blocks
+    void DelSelectedObject();
+    void AlignTitles();
+    void ShiftByDelta();
+    void SetObjTitle();
+    // ---- editing commands: markers
+    void ChangeMarkerSize();
+    void ChangeMarkerPos();
+    void ChangeMarkerType(QObject* Sender);
+    // ---- editing commands: texts
+    void SetTextValues();
+    void SetTextPosValues();
+    void SetTextHeights();
+    // ---- editing commands: counts and margins
+    void SetHorizMargin();
+    void SetInputCount();
+    void SetOutputCount();
+
+    // ---- properties
+    QWidget* GetParent() const { return FParent.data(); }
+    LongRec GetSelectedInfo() const { return SelInfo; }
+    TCanvas* GetCanvas() const { return FCanvas; }
+
+    // ---- fields, reached directly by the command module and the tests
+    QPointer<TPopupMenu> pmConnections;
+    QPointer<TPopupMenu> pmObjects;
+    std::unique_ptr<TDiagObjectList> ObjList;
+    std::unique_ptr<TDiagConnectList> ConList;
+    std::unique_ptr<TControlList> CntList;
+    // Watched: becomes none when its block is freed, whoever frees it.
+    QPointer<TDiagObject> SelObj;
+    LongRec SelInfo;
+    QPointer<QWidget> FParent;
+    TCanvas* FCanvas = nullptr;
+    QPointer<TdmMoveResize> dmMoveResize;
+    TPoint FOldPos;
+    TPoint FClickPoint;
+    bool FDesignMode = false;
+    // Kept for the interface; the container itself never reads or writes it.
+    bool FEnableMoveResize = false;
+    int32_t FResizeMode = kDragNone;
+
+protected:
+    // Chebyshev distance, in screen pixels, from the cursor to the control's bottom-right corner
+    // (top-left with BottomRight false).
+    int CornerDistance(QWidget* Control, bool BottomRight) const;
+    static bool IsShiftDown();
+
+private:
+    // Sets the parent's paint handler by name; false when the parent publishes no such event.
+    static bool SetPublishedMethod(QWidget* Instance, const QString& PropName,
+                                   std::function<void()> Method);
+    void SetParentMouseUp(bool Hook);
+    TDiagObject* BlockOf(QObject* Sender) const;
+    // Set while this container's paint handler is hooked on the parent.
+    bool FPaintHooked = false;
+    bool FMouseUpHooked = false;
+};
+
+} // namespace vde
