@@ -56,6 +56,7 @@ struct Surface {
         dc->SelObj = b;
         b->SetSelected(true);
         dc->SelInfo = LongRec{1, 1};
+        dc->ConList->SelectSegmentByLongRec(dc->SelInfo);
     }
 
     std::vector<uint8_t> Save() {
