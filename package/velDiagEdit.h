@@ -13,6 +13,10 @@
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/enum_names.h"
 #include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/event_boundary.h"
+#include "velDiagEdit/platform/host_program.h"
+#include "velDiagEdit/platform/ini_file.h"
+#include "velDiagEdit/platform/menus.h"
 #include "velDiagEdit/platform/input_state.h"
 #include "velDiagEdit/platform/paint_hook.h"
 #include "velDiagEdit/platform/painter_backend.h"
@@ -34,6 +38,12 @@
 #include "velDiagEdit/connections/diag_connect_list.h"
 #include "velDiagEdit/connections/diag_connection.h"
 
+#include "velDiagEdit/editor/diag_container.h"
+#include "velDiagEdit/editor/diag_messages.h"
+
+#include "velDiagEdit/commands/diag_actions.h"
+#include "velDiagEdit/commands/diag_actions_list.h"
+
 #include "velDiagEdit/handles/move_resize.h"
 
 #include "velDiagEdit/dialogs/dialog_controls.h"
@@ -47,4 +57,5 @@
 #include "velDiagEdit/timechart/time_chart_export.h"
 #include "velDiagEdit/timechart/time_chart_sample.h"
 
+#include "velDiagEdit/package/diag_package.h"
 #include "velDiagEdit/package/version.h"
