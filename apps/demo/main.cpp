@@ -1,9 +1,11 @@
 // The demo host: a window whose tab pages are host panels turned into diagram surfaces and
 // other uses of the library. With no display (offscreen platform) every page is rendered to a
 // PNG file instead: demo.png for the first page, demo-<n>.png for the others.
+// --database URL keeps the "Stored diagram" page's diagram in a table instead of a file.
 #include "demo_pages.h"
 
 #include <QApplication>
+#include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -14,6 +16,16 @@
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    QCommandLineParser options;
+    options.addHelpOption();
+    const QCommandLineOption database(
+        QStringLiteral("database"),
+        QStringLiteral("Keep the stored diagram in a table: sqlite:PATH or "
+                       "postgresql://USER@HOST:PORT/DB?table=NAME."),
+        QStringLiteral("url"));
+    options.addOption(database);
+    options.process(app);
+    SetDemoDatabaseUrl(options.value(database));
     QMainWindow window;
     window.setWindowTitle(QStringLiteral("velDiagEdit demo"));
     auto* tabs = new QTabWidget(&window);
