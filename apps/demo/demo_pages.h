@@ -19,7 +19,3 @@ struct DemoPage {
 bool RegisterDemoPage(int rank, const QString& title, std::function<QWidget*()> create,
                       std::function<void(QWidget*)> afterShow = {});
 std::vector<DemoPage> DemoPages();
-
-// Where the "Stored diagram" page keeps its diagram: a database URL (sqlite:PATH or
-// postgresql://USER@HOST:PORT/DB?table=NAME), or empty for a file beside the program.
-void SetDemoDatabaseUrl(const QString& url);
