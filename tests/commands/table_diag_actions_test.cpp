@@ -256,9 +256,13 @@ TEST_P(TableActionsTest, TheModuleNameEntersNeitherTheKeysNorTheColumn) {
 }
 
 TEST_P(TableActionsTest, HostileNamesAndTabNamesRoundTripUnderTheirExactSection) {
-    db->Exec(QStringLiteral("CREATE TABLE sentinel (x INTEGER)"));
+    // A table that SQL built from the names would drop.
+    const QString sentinel = db->NewTableName(QStringLiteral("sentinel"));
+    db->Exec(QStringLiteral("CREATE TABLE %1 (x INTEGER)").arg(db->Quote(sentinel)));
     Surface();
-    const QStringList values = HostileValues();
+    QStringList values = HostileValues();
+    values << QStringLiteral("'); DROP TABLE \"%1\"; --").arg(sentinel)
+           << QStringLiteral("\"; DROP TABLE \"%1\"; --").arg(sentinel);
     int blocks = 0;
     for (const QString& v : values) {
         // As a diagram name and as a tab name, each in its own record.
@@ -278,7 +282,7 @@ TEST_P(TableActionsTest, HostileNamesAndTabNamesRoundTripUnderTheirExactSection)
             EXPECT_EQ(ToVector(Stored(section).toByteArray()), bytes) << v.left(80).toStdString();
         }
     }
-    EXPECT_EQ(db->RowCount(QStringLiteral("sentinel")), 0); // still there
+    EXPECT_EQ(db->RowCount(sentinel), 0); // still there
     // Every record is read back by a fresh module as it was stored.
     HostPanel other;
     TdmTableDiagActions reader(&owner, data.get(), QStringLiteral("Config"));
