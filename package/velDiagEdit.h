@@ -9,6 +9,7 @@
 #include "velDiagEdit/platform/colors.h"
 #include "velDiagEdit/platform/components.h"
 #include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/dataset.h"
 #include "velDiagEdit/platform/convert.h"
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/enum_names.h"
@@ -43,6 +44,8 @@
 
 #include "velDiagEdit/commands/diag_actions.h"
 #include "velDiagEdit/commands/diag_actions_list.h"
+#include "velDiagEdit/commands/bin_utils.h"
+#include "velDiagEdit/commands/table_diag_actions.h"
 
 #include "velDiagEdit/handles/move_resize.h"
 

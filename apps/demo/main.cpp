@@ -4,14 +4,20 @@
 // design mode for the current tab or for all, saves all, and saves or loads the current tab
 // through the file dialogs. The library's other demo pages follow as further tabs.
 //
+// --database sqlite:PATH or --database postgresql://USER@HOST:PORT/DB?table=NAME keeps the
+// diagrams in that table instead (made when missing); a diagram with no record there yet starts
+// from its sample and is stored at once.
+//
 // With no display (offscreen platform) every tab is rendered to a PNG file instead: demo.png for
 // the first diagram, in design mode with its context menu open, and demo-<n>.png for the others.
+#include "config_table.h"
 #include "demo_pages.h"
 
 #include <velDiagEdit/velDiagEdit.h>
 
 #include <QAction>
 #include <QApplication>
+#include <QCommandLineParser>
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -70,19 +76,33 @@ public:
 
     // The host's start: the list, then one diagram per tab, loaded from beside the program. The
     // last one made is the current diagram of the package and the only one in design mode.
-    void OpenDiagrams() {
-        vde::CreateDiagActionsList(this);
+    // With a database URL the diagrams are kept in that table instead.
+    void OpenDiagrams(const QString& database = QString()) {
+        if (!database.isEmpty()) {
+            table = Guarded(QStringLiteral("Opening %1").arg(database),
+                            [&] { return std::make_unique<ConfigTable>(database); });
+            if (table)
+                setWindowTitle(windowTitle() + QStringLiteral(" - ") + table->Where());
+        }
+        vde::CreateDiagActionsList(this, table ? table->DataSet() : nullptr,
+                                   table ? QStringLiteral("DemoConfig") : QString());
         for (DiagramTab& d : diagrams) {
-            SeedFile(d);
+            if (!table)
+                SeedFile(d);
             d.Module = Guarded(QStringLiteral("Loading %1").arg(d.Name), [&] {
                 return vde::CreateAndLoadDiagActions(d.Name, d.Panel, d.Canvas.get(), false);
             });
+            if (table)
+                SeedRecord(d);
         }
         ShowState();
     }
 
-    // The host's end: every module goes before the panels do.
-    void CloseDiagrams() { vde::FreeDiagActionsList(); }
+    // The host's end: every module goes before the panels do, and before the table they use.
+    void CloseDiagrams() {
+        vde::FreeDiagActionsList();
+        table.reset();
+    }
 
     DiagramTab* Current() {
         const int i = tabs->currentIndex();
@@ -93,6 +113,7 @@ public:
     std::vector<DiagramTab> diagrams;
     std::vector<int> pages;
     QAction* designHere = nullptr;
+    std::unique_ptr<ConfigTable> table;
 
 private:
     void BuildMenu() {
@@ -158,10 +179,27 @@ private:
         try {
             return f();
         } catch (const vde::Exception& e) {
-            QMessageBox::critical(this, QStringLiteral("velDiagEdit demo"),
-                                  QStringLiteral("%1 failed: %2").arg(what, e.Message()));
+            const QString text = QStringLiteral("%1 failed: %2").arg(what, e.Message());
+            // Without a display nobody could close a message box.
+            if (QGuiApplication::platformName() == QLatin1String("offscreen"))
+                std::fprintf(stderr, "%s\n", qPrintable(text));
+            else
+                QMessageBox::critical(this, QStringLiteral("velDiagEdit demo"), text);
         }
         return decltype(f())();
+    }
+
+    // A diagram with no record in the table yet starts from its sample, stored at once.
+    void SeedRecord(const DiagramTab& d) {
+        vde::TDiagContainer* dc = d.Module ? d.Module->DiagContr.get() : nullptr;
+        if (!dc || !dc->ObjList || dc->ObjList->Count() > 0)
+            return;
+        Guarded(QStringLiteral("Storing %1").arg(d.Name), [&] {
+            dc->LoadDiagramFromFile(QStringLiteral(VDE_EXAMPLES_DIR "/") + d.Sample);
+            d.Module->FNeedSave = true;
+            vde::SaveDiagActionsDiagrams(d.Name);
+            return true;
+        });
     }
 
     static void SeedFile(const DiagramTab& d) {
@@ -215,8 +253,16 @@ QImage DesignModePicture(DemoWindow& window) {
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    QCommandLineParser options;
+    options.addHelpOption();
+    const QCommandLineOption database(QStringLiteral("database"),
+                                      QStringLiteral("Keep the diagrams in a table: sqlite:PATH or "
+                                                     "postgresql://USER@HOST:PORT/DB?table=NAME."),
+                                      QStringLiteral("url"));
+    options.addOption(database);
+    options.process(app);
     DemoWindow window;
-    window.OpenDiagrams();
+    window.OpenDiagrams(options.value(database));
 
     const bool offscreen = QGuiApplication::platformName() == QLatin1String("offscreen");
     if (!offscreen) {
