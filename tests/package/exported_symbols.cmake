@@ -1,7 +1,8 @@
 # Reads the dynamic symbol table of the library (-DNM=... -DLIBRARY=...): the API is exported and
 # nothing else is. Every symbol the library exports names namespace vde, is one of the linker's
-# own, or is a plain inline member of a Qt class (Qt exports its classes itself); template code of
-# Qt or the standard library over other types stays inside the library.
+# own, or is a plain inline member or the type information of a Qt class (Qt exports its classes
+# itself, and an unoptimised build emits more of their inlines); template code of Qt or the
+# standard library over other types stays inside the library.
 execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY}
     OUTPUT_VARIABLE table RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
@@ -35,7 +36,8 @@ foreach(line IN LISTS lines)
     if(name MATCHES "vde::" OR name MATCHES "^(_init|_fini|_edata|_end|__bss_start)$")
         continue()
     endif()
-    if(name MATCHES "^Q[A-Za-z]*::[A-Za-z_]+\\(" AND NOT name MATCHES "<")
+    if(name MATCHES "^(typeinfo for |typeinfo name for |vtable for )?Q[A-Za-z0-9_]*(::|$)"
+            AND NOT name MATCHES "<")
         continue()
     endif()
     list(APPEND outside "${name}")
