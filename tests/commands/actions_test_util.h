@@ -4,6 +4,7 @@
 
 #include "velDiagEdit/blocks/diag_text.h"
 #include "velDiagEdit/commands/diag_actions.h"
+#include "velDiagEdit/dialogs/scripted_dialog_service.h"
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/host_program.h"
 #include "velDiagEdit/platform/input_state.h"

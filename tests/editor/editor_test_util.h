@@ -3,6 +3,7 @@
 // popup service, for the editor's tests.
 
 #include "connections/connection_test_util.h"
+#include "velDiagEdit/dialogs/scripted_dialog_service.h"
 #include "velDiagEdit/editor/diag_container.h"
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/input_state.h"

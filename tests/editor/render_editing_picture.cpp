@@ -3,6 +3,7 @@
 // argument (editing.png without one): three gates, a text block, four wires ended on markers,
 // marker types and a marker size changed, and a segment of the first wire selected.
 #include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/dialogs/scripted_dialog_service.h"
 #include "velDiagEdit/editor/diag_container.h"
 #include "velDiagEdit/platform/dialog_service.h"
 

@@ -2,6 +2,7 @@
 // Shared by the diagram fuzz targets: the application, a surface with a container on it, a
 // dialog service that only counts messages, and a hard stop for a broken promise.
 
+#include "velDiagEdit/dialogs/scripted_dialog_service.h"
 #include "velDiagEdit/editor/diag_container.h"
 #include "velDiagEdit/platform/dialog_service.h"
 
