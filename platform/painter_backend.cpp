@@ -3,6 +3,8 @@
 #include <QPaintDevice>
 #include <QPainter>
 #include <QPolygon>
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 namespace vde {
@@ -49,57 +51,142 @@ struct StateGuard {
 TPainterBackend::TPainterBackend(QPainter* painter)
     : FPainter(painter), FRaster(IsRaster(painter)) {}
 
+// The device's area in the painter's coordinates (within the painter's clip, if it has one),
+// grown by margin pixels; nothing outside it can show.
+TPainterBackend::TArea TPainterBackend::ClipArea(int margin) const {
+    TArea a{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
+    const QPaintDevice* dev = FPainter->device();
+    if (!dev)
+        return a;
+    bool invertible = false;
+    const QTransform toLogical = FPainter->deviceTransform().inverted(&invertible);
+    if (!invertible)
+        return a;
+    QRectF area = toLogical.mapRect(QRectF(0, 0, dev->width(), dev->height()));
+    if (FPainter->hasClipping())
+        area = area.intersected(FPainter->clipBoundingRect());
+    a.L = int64_t(std::floor(area.left())) - margin;
+    a.T = int64_t(std::floor(area.top())) - margin;
+    a.R = int64_t(std::ceil(area.right())) + margin;
+    a.B = int64_t(std::ceil(area.bottom())) + margin;
+    return a;
+}
+
+// The part of the pixel span l..r-1 x t..b-1 inside the area; false when none is.
+bool TPainterBackend::ClipToArea(int64_t l, int64_t t, int64_t r, int64_t b, const TArea& a,
+                                 QRect& out) {
+    l = std::max(l, a.L);
+    t = std::max(t, a.T);
+    r = std::min(r, a.R);
+    b = std::min(b, a.B);
+    if (l >= r || t >= b)
+        return false;
+    out = QRect(int(l), int(t), int(r - l), int(b - t));
+    return true;
+}
+
 void TPainterBackend::Stamp(int x, int y, int w, const QColor& c) {
     const int off = w / 2;
     FPainter->fillRect(QRect(x - off, y - off, w, w), c);
 }
 
 // A run of pixels from (x0, y0) to (x1, y1), stamped with the pen; the end pixel only when
-// includeEnd.
+// includeEnd. Only the part that can reach the device is stepped, so the cost follows the
+// pixels drawn whatever the coordinates are.
 void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd) {
     const int w = pen.Width < 1 ? 1 : pen.Width;
     const QColor c = ToQColor(pen.Color);
     const int off = w / 2;
     const auto pattern = DashPattern(pen.Style);
+    const TArea area = ClipArea(w + 2);
     if (pattern.empty() && (x0 == x1 || y0 == y1)) {
+        int64_t ex = x1, ey = y1;
         if (!includeEnd) {
             if (x0 == x1 && y0 == y1)
                 return;
-            x1 -= Sign(x1 - x0);
-            y1 -= Sign(y1 - y0);
+            ex -= Sign(int64_t(x1) - x0);
+            ey -= Sign(int64_t(y1) - y0);
         }
-        const int l = std::min(x0, x1), r = std::max(x0, x1);
-        const int t = std::min(y0, y1), b = std::max(y0, y1);
-        FPainter->fillRect(QRect(l - off, t - off, r - l + w, b - t + w), c);
+        const int64_t l = std::min<int64_t>(x0, ex), r = std::max<int64_t>(x0, ex);
+        const int64_t t = std::min<int64_t>(y0, ey), b = std::max<int64_t>(y0, ey);
+        QRect q;
+        if (ClipToArea(l - off, t - off, r - off + w, b - off + w, area, q))
+            FPainter->fillRect(q, c);
         return;
     }
-    // Bresenham, with the dash pattern counted in steps along the line.
-    const int dx = std::abs(x1 - x0), sx = x0 < x1 ? 1 : -1;
-    const int dy = -std::abs(y1 - y0), sy = y0 < y1 ? 1 : -1;
-    int err = dx + dy;
-    int x = x0, y = y0;
+    // The line's part within the area (Liang-Barsky); a line wholly inside is stepped from its
+    // own ends, so its pixels are exactly those of the whole line.
+    const double fx0 = x0, fy0 = y0, fdx = double(x1) - x0, fdy = double(y1) - y0;
+    double t0 = 0.0, t1 = 1.0;
+    auto clipEdge = [&](double p, double q) {
+        if (p == 0.0)
+            return q >= 0.0;
+        const double r = q / p;
+        if (p < 0.0) {
+            if (r > t1)
+                return false;
+            t0 = std::max(t0, r);
+        } else {
+            if (r < t0)
+                return false;
+            t1 = std::min(t1, r);
+        }
+        return true;
+    };
+    if (!clipEdge(-fdx, fx0 - double(area.L)) || !clipEdge(fdx, double(area.R) - fx0) ||
+        !clipEdge(-fdy, fy0 - double(area.T)) || !clipEdge(fdy, double(area.B) - fy0))
+        return;
+    int64_t sx0 = x0, sy0 = y0, sx1 = x1, sy1 = y1;
+    if (t0 > 0.0) {
+        sx0 = std::llround(fx0 + t0 * fdx);
+        sy0 = std::llround(fy0 + t0 * fdy);
+    }
+    if (t1 < 1.0) {
+        sx1 = std::llround(fx0 + t1 * fdx);
+        sy1 = std::llround(fy0 + t1 * fdy);
+        includeEnd = true; // the cut end lies outside the device
+    }
+    // Bresenham, with the dash pattern counted in steps along the whole line.
+    const int64_t dx = std::abs(sx1 - sx0), stepX = sx0 < sx1 ? 1 : -1;
+    const int64_t dy = -std::abs(sy1 - sy0), stepY = sy0 < sy1 ? 1 : -1;
+    int64_t err = dx + dy;
+    int64_t x = sx0, y = sy0;
     size_t run = 0;
-    int left = pattern.empty() ? 0 : pattern[0] * w;
+    int64_t left = pattern.empty() ? 0 : int64_t(pattern[0]) * w;
+    if (!pattern.empty()) {
+        // Steps cut off at the start still count towards the pattern.
+        int64_t skipped = std::max(std::abs(sx0 - x0), std::abs(sy0 - y0));
+        int64_t period = 0;
+        for (int v : pattern)
+            period += int64_t(v) * w;
+        skipped %= period;
+        while (skipped >= left) {
+            skipped -= left;
+            run = (run + 1) % pattern.size();
+            left = int64_t(pattern[run]) * w;
+        }
+        left -= skipped;
+    }
     for (;;) {
-        const bool atEnd = x == x1 && y == y1;
+        const bool atEnd = x == sx1 && y == sy1;
         if (atEnd && !includeEnd)
             break;
         if (pattern.empty() || run % 2 == 0)
-            Stamp(x, y, w, c);
+            Stamp(int(x), int(y), w, c);
         if (!pattern.empty() && --left <= 0) {
             run = (run + 1) % pattern.size();
-            left = pattern[run] * w;
+            left = int64_t(pattern[run]) * w;
         }
         if (atEnd)
             break;
-        const int e2 = 2 * err;
+        const int64_t e2 = 2 * err;
         if (e2 >= dy) {
             err += dy;
-            x += sx;
+            x += stepX;
         }
         if (e2 <= dx) {
             err += dx;
-            y += sy;
+            y += stepY;
         }
     }
 }
@@ -127,20 +214,27 @@ void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {
 
 void TPainterBackend::Rectangle(const TRect& r0, const TPen& pen, const TBrush& brush) {
     const TRect r = NormalizedRect({r0.Left, r0.Top}, {r0.Right, r0.Bottom});
-    if (r.Width() == 0 || r.Height() == 0)
+    if (r.Left == r.Right || r.Top == r.Bottom)
         return;
     StateGuard g(FPainter);
-    if (brush.Style != bsClear)
-        FPainter->fillRect(QRect(r.Left, r.Top, r.Width(), r.Height()), ToQColor(brush.Color));
+    const int pw = pen.Width < 1 ? 1 : pen.Width;
+    const TArea area = ClipArea(pw + 2);
+    QRect fill;
+    if (!ClipToArea(int64_t(r.Left) - pw, int64_t(r.Top) - pw, int64_t(r.Right) + pw,
+                    int64_t(r.Bottom) + pw, area, fill))
+        return;
+    if (brush.Style != bsClear && ClipToArea(r.Left, r.Top, r.Right, r.Bottom, area, fill))
+        FPainter->fillRect(fill, ToQColor(brush.Color));
     if (pen.Style == psClear)
         return;
     if (!FRaster) {
         QPen qp(ToQColor(pen.Color));
-        qp.setWidth(pen.Width < 1 ? 1 : pen.Width);
+        qp.setWidth(pw);
         qp.setJoinStyle(Qt::MiterJoin);
         FPainter->setPen(qp);
         FPainter->setBrush(Qt::NoBrush);
-        FPainter->drawRect(QRectF(r.Left + 0.5, r.Top + 0.5, r.Width() - 1, r.Height() - 1));
+        FPainter->drawRect(QRectF(r.Left + 0.5, r.Top + 0.5, double(r.Right) - r.Left - 1,
+                                  double(r.Bottom) - r.Top - 1));
         return;
     }
     const int R = r.Right - 1, B = r.Bottom - 1;
@@ -152,24 +246,41 @@ void TPainterBackend::Rectangle(const TRect& r0, const TPen& pen, const TBrush& 
 
 void TPainterBackend::Ellipse(const TRect& r0, const TPen& pen, const TBrush& brush) {
     const TRect r = NormalizedRect({r0.Left, r0.Top}, {r0.Right, r0.Bottom});
-    if (r.Width() == 0 || r.Height() == 0)
+    if (r.Left == r.Right || r.Top == r.Bottom)
+        return;
+    const int pw = pen.Width < 1 ? 1 : pen.Width;
+    QRect seen;
+    if (!ClipToArea(int64_t(r.Left) - pw, int64_t(r.Top) - pw, int64_t(r.Right) + pw,
+                    int64_t(r.Bottom) + pw, ClipArea(pw + 2), seen))
         return;
     StateGuard g(FPainter);
     if (pen.Style == psClear) {
         FPainter->setPen(Qt::NoPen);
     } else {
         QPen qp(ToQColor(pen.Color));
-        qp.setWidth(pen.Width < 1 ? 1 : pen.Width);
+        qp.setWidth(pw);
         FPainter->setPen(qp);
     }
     FPainter->setBrush(brush.Style == bsClear ? QBrush(Qt::NoBrush)
                                               : QBrush(ToQColor(brush.Color)));
-    FPainter->drawEllipse(QRectF(r.Left + 0.5, r.Top + 0.5, r.Width() - 1, r.Height() - 1));
+    FPainter->drawEllipse(QRectF(r.Left + 0.5, r.Top + 0.5, double(r.Right) - r.Left - 1,
+                                 double(r.Bottom) - r.Top - 1));
 }
 
 void TPainterBackend::Polygon(std::span<const TPoint> points, const TPen& pen,
                               const TBrush& brush) {
     if (points.empty())
+        return;
+    int64_t l = points[0].X, t = points[0].Y, r = l, b = t;
+    for (const TPoint& p : points) {
+        l = std::min<int64_t>(l, p.X);
+        t = std::min<int64_t>(t, p.Y);
+        r = std::max<int64_t>(r, p.X);
+        b = std::max<int64_t>(b, p.Y);
+    }
+    const int pw = pen.Width < 1 ? 1 : pen.Width;
+    QRect seen;
+    if (!ClipToArea(l - pw, t - pw, r + pw + 1, b + pw + 1, ClipArea(pw + 2), seen))
         return;
     StateGuard g(FPainter);
     QPolygonF poly;
@@ -189,23 +300,29 @@ void TPainterBackend::Polygon(std::span<const TPoint> points, const TPen& pen,
 
 void TPainterBackend::FillRect(const TRect& r0, const TBrush& brush) {
     const TRect r = NormalizedRect({r0.Left, r0.Top}, {r0.Right, r0.Bottom});
-    if (r.Width() == 0 || r.Height() == 0 || brush.Style == bsClear)
+    if (r.Left == r.Right || r.Top == r.Bottom || brush.Style == bsClear)
+        return;
+    QRect fill;
+    if (!ClipToArea(r.Left, r.Top, r.Right, r.Bottom, ClipArea(0), fill))
         return;
     StateGuard g(FPainter);
-    FPainter->fillRect(QRect(r.Left, r.Top, r.Width(), r.Height()), ToQColor(brush.Color));
+    FPainter->fillRect(fill, ToQColor(brush.Color));
 }
 
 void TPainterBackend::TextOut(TPoint p, const QString& text, const TFont& font,
                               const TBrush& brush) {
-    StateGuard g(FPainter);
     const QFont qf = ToQFont(font);
     const QFontMetrics fm(qf);
+    const int64_t width = fm.horizontalAdvance(text), height = fm.height();
+    QRect seen;
+    if (!ClipToArea(p.X, p.Y, p.X + width + height, p.Y + height, ClipArea(int(height)), seen))
+        return;
+    StateGuard g(FPainter);
     if (brush.Style != bsClear)
-        FPainter->fillRect(QRect(p.X, p.Y, fm.horizontalAdvance(text), fm.height()),
-                           ToQColor(brush.Color));
+        FPainter->fillRect(QRect(p.X, p.Y, int(width), int(height)), ToQColor(brush.Color));
     FPainter->setFont(qf);
     FPainter->setPen(ToQColor(font.Color));
-    FPainter->drawText(QPoint(p.X, p.Y + fm.ascent()), text);
+    FPainter->drawText(QPoint(p.X, WrapAdd(p.Y, fm.ascent())), text);
 }
 
 } // namespace vde
