@@ -1,6 +1,7 @@
 #include "velDiagEdit/platform/painter_backend.h"
 
 #include <QPaintDevice>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPolygon>
 #include <algorithm>
@@ -55,7 +56,11 @@ TPainterBackend::TPainterBackend(QPainter* painter)
 // grown by margin pixels; nothing outside it can show.
 TPainterBackend::TArea TPainterBackend::ClipArea(int margin) const {
     TArea a{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
-    const QPaintDevice* dev = FPainter->device();
+    // The device pixels really go to: with redirection (a widget rendered into an image) that is
+    // the engine's device, and the device transform maps onto it.
+    const QPaintEngine* engine = FPainter->paintEngine();
+    const QPaintDevice* dev =
+        engine && engine->paintDevice() ? engine->paintDevice() : FPainter->device();
     if (!dev)
         return a;
     bool invertible = false;

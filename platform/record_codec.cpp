@@ -45,24 +45,40 @@ TRecordWriter& TRecordWriter::Zeros(size_t n) {
     return *this;
 }
 
+TRecordWriter& TRecordWriter::Str(const QString& s) {
+    Int(int32_t(s.size()));
+    const size_t at = FBuf.size();
+    FBuf.resize(at + 2 * size_t(s.size()));
+    for (qsizetype i = 0; i < s.size(); ++i)
+        PutLE16(FBuf.data() + at + 2 * size_t(i), s[i].unicode());
+    return *this;
+}
+
 void TRecordWriter::Flush(TStream& Stream) {
     Stream.WriteBuffer(FBuf.data(), int64_t(FBuf.size()));
     FBuf.clear();
 }
 
 TRecordReader::TRecordReader(TStream& Stream, int64_t Size)
-    : FBuf(size_t(Size > 0 ? Size : 0)), FStart(Stream.Position()) {
-    Stream.ReadBuffer(FBuf.data(), int64_t(FBuf.size()));
+    : FSize(size_t(Size > 0 ? Size : 0)), FStart(Stream.Position()) {
+    uint8_t* buf = FSmall;
+    if (FSize > sizeof FSmall) {
+        // Callers size records from counts already checked against the stream.
+        FLarge.resize(FSize);
+        buf = FLarge.data();
+    }
+    Stream.ReadBuffer(buf, int64_t(FSize));
+    FData = buf;
 }
 
 const uint8_t* TRecordReader::Take(size_t n) {
     // A field past the fixed part is a mistake in the reader, not in the input.
-    if (FPos + n > FBuf.size())
+    if (FPos + n > FSize)
         throw EReadError(QStringLiteral("Record field past the end of a %1-byte record at byte "
                                         "offset %2")
-                             .arg(FBuf.size())
+                             .arg(FSize)
                              .arg(FStart));
-    const uint8_t* p = FBuf.data() + FPos;
+    const uint8_t* p = FData + FPos;
     FPos += n;
     return p;
 }

@@ -7,6 +7,7 @@
 #include "velDiagEdit/platform/types.h"
 #include "velDiagEdit/velDiagEdit_export.h"
 
+#include <QString>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -67,6 +68,8 @@ public:
     TRecordWriter& Rect(const TRect& r);
     TRecordWriter& Long(LongRec r);
     TRecordWriter& Zeros(size_t n);
+    // Str: Int count of UTF-16 units, then the units.
+    TRecordWriter& Str(const QString& s);
     const std::vector<uint8_t>& Bytes() const { return FBuf; }
     void Flush(TStream& Stream);
 
@@ -79,6 +82,8 @@ private:
 class VELDIAGEDIT_EXPORT TRecordReader {
 public:
     TRecordReader(TStream& Stream, int64_t Size);
+    TRecordReader(const TRecordReader&) = delete;
+    TRecordReader& operator=(const TRecordReader&) = delete;
     uint8_t Byte();
     uint16_t Word();
     int32_t Int();
@@ -93,7 +98,11 @@ public:
 
 private:
     const uint8_t* Take(size_t n);
-    std::vector<uint8_t> FBuf;
+    // Small records (the common case) are read into the object itself.
+    uint8_t FSmall[64];
+    std::vector<uint8_t> FLarge;
+    const uint8_t* FData = nullptr;
+    size_t FSize = 0;
     size_t FPos = 0;
     int64_t FStart = 0;
 };
