@@ -100,7 +100,7 @@ bool TDiagObject::GetConPoint(int Index, TPoint& P, bool UseMainRect) const {
     P.X = WrapAdd(x(), m->P.X);
     P.Y = WrapAdd(y(), m->P.Y);
     if (UseMainRect)
-        P.X = WrapAdd(P.X, -Sign(Index) * FDeltaWidth);
+        P.X = WrapAdd(P.X, WrapMul(-Sign(Index), FDeltaWidth));
     return true;
 }
 
@@ -225,8 +225,9 @@ TRect TDiagObject::GetShapeRect() const {
 }
 
 TRect TDiagObject::ShapeToMainRect(const TRect& R) const {
-    return {R.Left + FDeltaWidth, R.Top + FDeltaShift, R.Right - FDeltaWidth,
-            R.Bottom - FDeltaShift};
+    // The delta width may come from a stream.
+    return {WrapAdd(R.Left, FDeltaWidth), WrapAdd(R.Top, FDeltaShift),
+            WrapSub(R.Right, FDeltaWidth), WrapSub(R.Bottom, FDeltaShift)};
 }
 
 bool TDiagObject::SetMainRect() {
@@ -439,16 +440,17 @@ void TDiagObject::PaintMarker(const TDotMarker& Marker, bool IsInput, TColor Col
         c->Brush.Color = 0xFFFFFF;
         const int r = Marker.Size;
         // Centred on the edge pixel: the circle spans edgeX - r .. edgeX + r.
-        c->Ellipse(edgeX - r, p.Y - r, edgeX + r + 1, p.Y + r + 1);
+        c->Ellipse(WrapSub(edgeX, r), WrapSub(p.Y, r), WrapAdd(edgeX, r + 1), WrapAdd(p.Y, r + 1));
         c->Brush.Color = old;
     } else if (Marker.IOType == itArrow) {
         const int L = 2 * Marker.Size;
         const int h = RoundHalfEven(L * 0.4);
-        const int wingX = IsInput ? edgeX - L : edgeX + L;
-        c->MoveTo(edgeX, p.Y - 1);
-        c->LineTo(wingX, p.Y - h);
-        c->MoveTo(edgeX, p.Y - 1);
-        c->LineTo(wingX, p.Y + h);
+        // The marker's point may come from a stream.
+        const int wingX = IsInput ? WrapSub(edgeX, L) : WrapAdd(edgeX, L);
+        c->MoveTo(edgeX, WrapSub(p.Y, 1));
+        c->LineTo(wingX, WrapSub(p.Y, h));
+        c->MoveTo(edgeX, WrapSub(p.Y, 1));
+        c->LineTo(wingX, WrapAdd(p.Y, h));
     }
 }
 

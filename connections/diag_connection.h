@@ -68,7 +68,7 @@ public:
     void SetDstObject(TDiagObject* Value);
     TDiagConnectList* Owner() const { return FOwner; }
 
-    // --- records: 36 + 8 × point count bytes (nine 4-byte fields and the points)
+    // --- records: 32 + 8 × point count bytes (eight 4-byte fields and the points)
     void SaveToStream(TStream& Stream) const;
     // Creates a plain connection in AOwner and reads one record into it. A point count larger
     // than the rest of the stream could hold, or than kMaxPathPoints, is an EFormatError naming

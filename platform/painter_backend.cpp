@@ -119,80 +119,50 @@ void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool
             FPainter->fillRect(q, c);
         return;
     }
-    // The line's part within the area (Liang-Barsky); a line wholly inside is stepped from its
-    // own ends, so its pixels are exactly those of the whole line.
-    const double fx0 = x0, fy0 = y0, fdx = double(x1) - x0, fdy = double(y1) - y0;
-    double t0 = 0.0, t1 = 1.0;
-    auto clipEdge = [&](double p, double q) {
-        if (p == 0.0)
-            return q >= 0.0;
-        const double r = q / p;
-        if (p < 0.0) {
-            if (r > t1)
-                return false;
-            t0 = std::max(t0, r);
-        } else {
-            if (r < t0)
-                return false;
-            t1 = std::min(t1, r);
-        }
-        return true;
-    };
-    if (!clipEdge(-fdx, fx0 - double(area.L)) || !clipEdge(fdx, double(area.R) - fx0) ||
-        !clipEdge(-fdy, fy0 - double(area.T)) || !clipEdge(fdy, double(area.B) - fy0))
+    // Bresenham (the error-term form: err = dx - |dy| to start, + dx on a minor step, - |dy| on
+    // a major one). Its pixel at major step k has the closed form used below, so only the steps
+    // whose major coordinate lies within the area are visited, and each gives exactly the pixel
+    // the step-by-step walk from the line's own start would give.
+    const int64_t adx = std::abs(int64_t(x1) - x0), ady = std::abs(int64_t(y1) - y0);
+    const int64_t stepX = x0 < x1 ? 1 : -1, stepY = y0 < y1 ? 1 : -1;
+    const bool xMajor = adx >= ady;
+    const int64_t major = xMajor ? adx : ady, minor = xMajor ? ady : adx;
+    const int64_t majorStart = xMajor ? x0 : y0, majorStep = xMajor ? stepX : stepY;
+    const int64_t lo = xMajor ? area.L : area.T, hi = (xMajor ? area.R : area.B) - 1;
+    // Steps k in [first, last] put the major coordinate within lo..hi.
+    int64_t first = majorStep > 0 ? lo - majorStart : majorStart - hi;
+    int64_t last = majorStep > 0 ? hi - majorStart : majorStart - lo;
+    first = std::max<int64_t>(first, 0);
+    last = std::min<int64_t>(last, includeEnd ? major : major - 1);
+    if (first > last)
         return;
-    int64_t sx0 = x0, sy0 = y0, sx1 = x1, sy1 = y1;
-    if (t0 > 0.0) {
-        sx0 = std::llround(fx0 + t0 * fdx);
-        sy0 = std::llround(fy0 + t0 * fdy);
-    }
-    if (t1 < 1.0) {
-        sx1 = std::llround(fx0 + t1 * fdx);
-        sy1 = std::llround(fy0 + t1 * fdy);
-        includeEnd = true; // the cut end lies outside the device
-    }
-    // Bresenham, with the dash pattern counted in steps along the whole line.
-    const int64_t dx = std::abs(sx1 - sx0), stepX = sx0 < sx1 ? 1 : -1;
-    const int64_t dy = -std::abs(sy1 - sy0), stepY = sy0 < sy1 ? 1 : -1;
-    int64_t err = dx + dy;
-    int64_t x = sx0, y = sy0;
-    size_t run = 0;
-    int64_t left = pattern.empty() ? 0 : int64_t(pattern[0]) * w;
-    if (!pattern.empty()) {
-        // Steps cut off at the start still count towards the pattern.
-        int64_t skipped = std::max(std::abs(sx0 - x0), std::abs(sy0 - y0));
-        int64_t period = 0;
-        for (int v : pattern)
-            period += int64_t(v) * w;
-        skipped %= period;
-        while (skipped >= left) {
-            skipped -= left;
-            run = (run + 1) % pattern.size();
-            left = int64_t(pattern[run]) * w;
+    // Minor steps taken by major step k: floor((2 * minor * k + major) / (2 * major)); a
+    // y-major line takes its x step on ties, as the error-term walk does.
+    __extension__ typedef __int128 Wide;
+    auto minorAt = [&](int64_t k) -> int64_t {
+        if (major == 0)
+            return 0;
+        return int64_t((Wide(2) * minor * k + major) / (Wide(2) * major));
+    };
+    int64_t period = 0;
+    for (int v : pattern)
+        period += int64_t(v) * w;
+    for (int64_t k = first; k <= last; ++k) {
+        if (period > 0) {
+            // Dashes are counted in steps from the line's start.
+            int64_t at = k % period;
+            size_t run = 0;
+            while (at >= int64_t(pattern[run]) * w) {
+                at -= int64_t(pattern[run]) * w;
+                ++run;
+            }
+            if (run % 2 != 0)
+                continue;
         }
-        left -= skipped;
-    }
-    for (;;) {
-        const bool atEnd = x == sx1 && y == sy1;
-        if (atEnd && !includeEnd)
-            break;
-        if (pattern.empty() || run % 2 == 0)
-            Stamp(int(x), int(y), w, c);
-        if (!pattern.empty() && --left <= 0) {
-            run = (run + 1) % pattern.size();
-            left = int64_t(pattern[run]) * w;
-        }
-        if (atEnd)
-            break;
-        const int64_t e2 = 2 * err;
-        if (e2 >= dy) {
-            err += dy;
-            x += stepX;
-        }
-        if (e2 <= dx) {
-            err += dx;
-            y += stepY;
-        }
+        const int64_t m = minorAt(k);
+        const int64_t x = xMajor ? x0 + stepX * k : x0 + stepX * m;
+        const int64_t y = xMajor ? y0 + stepY * m : y0 + stepY * k;
+        Stamp(int(x), int(y), w, c);
     }
 }
 

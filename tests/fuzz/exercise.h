@@ -205,8 +205,7 @@ inline void SaveAndReload(QWidget& parent, const TDiagObjectList& blocks,
 }
 
 // Runs the operations of `ops` on a loaded diagram, painting first and last.
-inline void Exercise(QWidget& parent, TDiagObjectList& blocks, TDiagConnectList& wires,
-                     TOps& ops) {
+inline void Exercise(QWidget& parent, TDiagObjectList& blocks, TDiagConnectList& wires, TOps& ops) {
     Paint(parent, wires);
     for (int n = 0; n < 64 && ops.More(); ++n)
         Step(ops, blocks, wires);
