@@ -42,17 +42,14 @@ QWidget* TControlList::FindControl(const QString& Name) const {
 }
 
 void TControlList::SaveToStream(TStream& Stream) const {
-    Stream.WriteInt32(Count());
+    TRecordWriter w;
+    w.Int(Count());
     for (const auto& c : FItems) {
         if (!c || !IsWindowedControl(c))
             continue;
-        Stream.WriteStr(c->objectName());
-        const TRect r = BoundsRect(c);
-        Stream.WriteInt32(r.Left);
-        Stream.WriteInt32(r.Top);
-        Stream.WriteInt32(r.Right);
-        Stream.WriteInt32(r.Bottom);
+        w.Str(c->objectName()).Rect(BoundsRect(c));
     }
+    w.Flush(Stream);
 }
 
 void TControlList::LoadFromStream(TStream& Stream) {
