@@ -70,6 +70,31 @@ BENCHMARK(BM_LoadBlockList)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
+// A host that frees its parent widget before the list: Qt deletes the blocks from the first,
+// and each takes itself out of the list.
+void BM_FreeParentBeforeList(benchmark::State& state) {
+    const int n = int(state.range(0));
+    TMemoryStream s(BlockListBytes(n));
+    for (auto _ : state) {
+        auto parent = std::make_unique<QWidget>();
+        TDiagObjectList list(parent.get());
+        s.SetPosition(0);
+        list.LoadFromStream(s, [](QObject*) {});
+        QCoreApplication::sendPostedEvents();
+        const auto t0 = std::chrono::steady_clock::now();
+        parent.reset();
+        const auto t1 = std::chrono::steady_clock::now();
+        state.SetIterationTime(std::chrono::duration<double>(t1 - t0).count());
+        if (list.Count() != 0)
+            state.SkipWithError("blocks left in the list");
+    }
+}
+BENCHMARK(BM_FreeParentBeforeList)
+    ->Arg(10000)
+    ->Arg(100000)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
 // Re-attaching wires to their blocks by key: 20,000 lookups among 10,000 loaded blocks.
 void BM_FindObjByKey(benchmark::State& state) {
     QWidget parent;

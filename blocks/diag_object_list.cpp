@@ -193,7 +193,7 @@ void TDiagObjectList::Refresh() {
 }
 
 void TDiagObjectList::Clear() {
-    std::vector<std::unique_ptr<TDiagObject>> items;
+    std::deque<std::unique_ptr<TDiagObject>> items;
     items.swap(FItems);
     FKeys.clear();
     FKeysDirty = false;
@@ -219,10 +219,8 @@ void TDiagObjectList::LoadFromStream(TStream& Stream, const TNotifyEvent& OnCrea
     // A count the caller passes is not checked against the stream; room is made only for the
     // blocks that the remaining bytes could hold.
     const int64_t room = std::min<int64_t>(Count, Stream.Remaining() / kBlockRecordMinSize);
-    if (room > 0) {
-        FItems.reserve(size_t(room));
+    if (room > 0)
         FKeys.reserve(size_t(room));
-    }
     for (int i = 0; i < Count; ++i) {
         TDiagObject* o = TDiagObject::LoadFromStream(Stream, this);
         if (OnCreateObjEvent)

@@ -5,6 +5,7 @@
 #include "velDiagEdit/blocks/diag_object.h"
 
 #include <QPointer>
+#include <deque>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -80,7 +81,9 @@ private:
     void UnindexKey(TDiagObject* Obj, TObjKey Key);
     void RebuildKeyIndex() const;
 
-    std::vector<std::unique_ptr<TDiagObject>> FItems;
+    // A deque: when the parent widget goes first, Qt deletes the blocks from the front, and each
+    // leaves the list in constant time.
+    std::deque<std::unique_ptr<TDiagObject>> FItems;
     TCanvas* FParentCanvas = nullptr;
     // Key -> the first block in list order that holds it. Rebuilt when a key shared by two
     // blocks (possible only through SetObjKey) loses its first holder, or when a block's key
