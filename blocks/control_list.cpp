@@ -1,8 +1,15 @@
 #include "velDiagEdit/blocks/control_list.h"
 
 #include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/record_codec.h"
+
+#include <QLoggingCategory>
 
 namespace vde {
+
+namespace {
+Q_LOGGING_CATEGORY(lcBlocks, "veldiagedit.blocks")
+} // namespace
 
 QWidget* TControlList::Items(int Index) const {
     if (Index < 0 || Index >= Count())
@@ -35,38 +42,46 @@ QWidget* TControlList::FindControl(const QString& Name) const {
 }
 
 void TControlList::SaveToStream(TStream& Stream) const {
-    Stream.WriteInt32(Count());
+    TRecordWriter w;
+    w.Int(Count());
     for (const auto& c : FItems) {
         if (!c || !IsWindowedControl(c))
             continue;
-        Stream.WriteStr(c->objectName());
-        const TRect r = BoundsRect(c);
-        Stream.WriteInt32(r.Left);
-        Stream.WriteInt32(r.Top);
-        Stream.WriteInt32(r.Right);
-        Stream.WriteInt32(r.Bottom);
+        w.Str(c->objectName()).Rect(BoundsRect(c));
     }
+    w.Flush(Stream);
 }
 
 void TControlList::LoadFromStream(TStream& Stream) {
     FWarnings.clear();
-    // An entry is at least its name's count.
-    const int32_t n = Stream.ReadCount("Control count", 4);
+    FUnknownNames = 0;
+    QString firstName;
+    int64_t firstAt = 0;
+    const int32_t n = Stream.ReadCount("Control count", kControlEntryMinSize);
     for (int32_t i = 0; i < n; ++i) {
         const int64_t at = Stream.Position();
         const QString name = Stream.ReadStr();
         QWidget* c = FindControl(name);
         if (!c) {
-            FWarnings << QStringLiteral("No control named \"%1\" (entry %2 at byte offset %3); "
-                                        "its bounds were not read")
-                             .arg(name)
-                             .arg(i)
-                             .arg(at);
+            if (FUnknownNames++ == 0) {
+                firstName = name;
+                firstAt = at;
+            }
             continue;
         }
-        const int32_t l = Stream.ReadInt32(), t = Stream.ReadInt32();
-        const int32_t r = Stream.ReadInt32(), b = Stream.ReadInt32();
-        SetBounds(c, l, t, WrapSub(r, l), WrapSub(b, t));
+        TRecordReader r(Stream, kRectSize);
+        const TRect b = r.Rect();
+        SetBounds(c, b.Left, b.Top, WrapSub(b.Right, b.Left), WrapSub(b.Bottom, b.Top));
+    }
+    if (FUnknownNames > 0) {
+        // One line per load, however many entries missed: a hostile stream must not turn
+        // into millions of messages.
+        FWarnings << QStringLiteral("%1 control entries named no control (the first, \"%2\", "
+                                    "at byte offset %3); their bounds were not read")
+                         .arg(FUnknownNames)
+                         .arg(firstName.left(64))
+                         .arg(firstAt);
+        qCWarning(lcBlocks).noquote() << FWarnings.front();
     }
 }
 

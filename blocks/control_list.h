@@ -29,15 +29,19 @@ public:
     // Count of all items, then an entry (name, bounds) for each windowed control only.
     void SaveToStream(TStream& Stream) const;
     // For a name no control has, the bounds are not read: the next entry's name is read from
-    // those bytes, as the format has always behaved. Each such name is noted in Warnings().
+    // those bytes, as the format has always behaved. Such entries are counted and reported
+    // once per load: one line in Warnings() (and in the log category veldiagedit.blocks)
+    // with their number and the first of them.
     void LoadFromStream(TStream& Stream);
     const QStringList& Warnings() const { return FWarnings; }
+    int UnknownNameCount() const { return FUnknownNames; }
 
     QPointer<QWidget> FParent;
 
 private:
     std::vector<QPointer<QWidget>> FItems;
     QStringList FWarnings;
+    int FUnknownNames = 0;
 };
 
 } // namespace vde

@@ -4,6 +4,7 @@
 #include "velDiagEdit/geometry/codecs.h"
 #include "velDiagEdit/platform/convert.h"
 #include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/record_codec.h"
 
 #include <QStringList>
 #include <cfloat>
@@ -19,9 +20,6 @@ template <class F> void ForEachLabelPiece(TDiagLabels& Labels, const QString& Va
     for (size_t i = 0; i < n; ++i)
         Setter(Labels[i], pieces[qsizetype(i)]);
 }
-
-constexpr int kLabelEntryMin = 4 + 4 + 1 + 4;
-constexpr int kMarkerEntrySize = 12;
 
 } // namespace
 
@@ -52,16 +50,25 @@ TDiagObject::TDiagObject(TDiagObjectList* Owner, int ALeft, int ATop, int AWidth
 void TDiagObject::Init(TDiagObjectList* Owner, TDiagObjectType ObjType) {
     FOwner = Owner;
     FObjType = ObjType;
-    FObjKey = static_cast<TObjKey>(reinterpret_cast<uintptr_t>(this));
+    // The owner gives the block its key as it takes it over.
+    FObjKey = 0;
     if (Owner) {
         ParentCanvas = Owner->GetParentCanvas();
-        Owner->Add(this);
+        Owner->Adopt(this);
     }
 }
 
 TDiagObject::~TDiagObject() {
+    // Deleted by someone other than its list (its Qt parent, say): leave the list first.
     if (FOwner)
-        FOwner->Remove(this);
+        FOwner->Forget(this);
+}
+
+void TDiagObject::SetObjKey(TObjKey Value) {
+    const TObjKey old = FObjKey;
+    FObjKey = Value;
+    if (FOwner && old != Value)
+        FOwner->KeyChanged(this, old);
 }
 
 // --- markers
@@ -93,7 +100,7 @@ bool TDiagObject::GetConPoint(int Index, TPoint& P, bool UseMainRect) const {
     P.X = WrapAdd(x(), m->P.X);
     P.Y = WrapAdd(y(), m->P.Y);
     if (UseMainRect)
-        P.X = WrapAdd(P.X, -Sign(Index) * FDeltaWidth);
+        P.X = WrapAdd(P.X, WrapMul(-Sign(Index), FDeltaWidth));
     return true;
 }
 
@@ -218,8 +225,9 @@ TRect TDiagObject::GetShapeRect() const {
 }
 
 TRect TDiagObject::ShapeToMainRect(const TRect& R) const {
-    return {R.Left + FDeltaWidth, R.Top + FDeltaShift, R.Right - FDeltaWidth,
-            R.Bottom - FDeltaShift};
+    // The delta width may come from a stream.
+    return {WrapAdd(R.Left, FDeltaWidth), WrapAdd(R.Top, FDeltaShift),
+            WrapSub(R.Right, FDeltaWidth), WrapSub(R.Bottom, FDeltaShift)};
 }
 
 bool TDiagObject::SetMainRect() {
@@ -432,97 +440,89 @@ void TDiagObject::PaintMarker(const TDotMarker& Marker, bool IsInput, TColor Col
         c->Brush.Color = 0xFFFFFF;
         const int r = Marker.Size;
         // Centred on the edge pixel: the circle spans edgeX - r .. edgeX + r.
-        c->Ellipse(edgeX - r, p.Y - r, edgeX + r + 1, p.Y + r + 1);
+        c->Ellipse(WrapSub(edgeX, r), WrapSub(p.Y, r), WrapAdd(edgeX, r + 1), WrapAdd(p.Y, r + 1));
         c->Brush.Color = old;
     } else if (Marker.IOType == itArrow) {
         const int L = 2 * Marker.Size;
         const int h = RoundHalfEven(L * 0.4);
-        const int wingX = IsInput ? edgeX - L : edgeX + L;
-        c->MoveTo(edgeX, p.Y - 1);
-        c->LineTo(wingX, p.Y - h);
-        c->MoveTo(edgeX, p.Y - 1);
-        c->LineTo(wingX, p.Y + h);
+        // The marker's point may come from a stream.
+        const int wingX = IsInput ? WrapSub(edgeX, L) : WrapAdd(edgeX, L);
+        c->MoveTo(edgeX, WrapSub(p.Y, 1));
+        c->LineTo(wingX, WrapSub(p.Y, h));
+        c->MoveTo(edgeX, WrapSub(p.Y, 1));
+        c->LineTo(wingX, WrapAdd(p.Y, h));
     }
 }
 
 // --- records
 
 void TDiagObject::SaveToStream(TStream& Stream) const {
-    Stream.WriteByte(FObjType);
-    const TRect r = BoundsRect();
-    Stream.WriteInt32(r.Left);
-    Stream.WriteInt32(r.Top);
-    Stream.WriteInt32(r.Right);
-    Stream.WriteInt32(r.Bottom);
-    Stream.WriteInt32(FDeltaWidth);
-    Stream.WriteInt32(int32_t(FLabels.size()));
-    for (const auto& l : FLabels) {
-        Stream.WriteInt32(l.Start.X);
-        Stream.WriteInt32(l.Start.Y);
-        Stream.WriteByte(l.Height);
-        Stream.WriteStr(l.Text);
-    }
+    TRecordWriter w(size_t(kBlockRecordMinSize) +
+                    size_t(kMarkerEntrySize) * (FInputs.size() + FOutputs.size()));
+    w.Byte(FObjType).Rect(BoundsRect()).Int(FDeltaWidth);
+    w.Int(int32_t(FLabels.size()));
+    for (const auto& l : FLabels)
+        w.Point(l.Start).Byte(l.Height).Str(l.Text);
     for (const TDotMarkers* ms : {&FInputs, &FOutputs}) {
-        Stream.WriteInt32(int32_t(ms->size()));
-        for (const auto& m : *ms) {
-            uint8_t e[kMarkerEntrySize] = {};
-            for (int i = 0; i < 4; ++i) {
-                e[i] = uint8_t((uint32_t(m.P.X) >> (8 * i)) & 0xFF);
-                e[4 + i] = uint8_t((uint32_t(m.P.Y) >> (8 * i)) & 0xFF);
-            }
-            e[8] = m.IOType;
-            e[9] = m.Size;
-            Stream.WriteBuffer(e, kMarkerEntrySize);
-        }
+        w.Int(int32_t(ms->size()));
+        for (const auto& m : *ms)
+            w.Point(m.P).Byte(m.IOType).Byte(m.Size).Zeros(2);
     }
-    Stream.WriteUInt32(FObjKey);
+    w.UInt(FObjKey);
+    w.Flush(Stream);
 }
 
 namespace {
 
 void ReadMarkers(TStream& Stream, TDotMarkers& Markers, const char* what) {
     const int32_t n = Stream.ReadCount(what, kMarkerEntrySize);
-    Markers.assign(size_t(std::max(n, 0)), TDotMarker{});
+    TRecordReader r(Stream, int64_t(n) * kMarkerEntrySize);
+    Markers.assign(size_t(n), TDotMarker{});
     for (auto& m : Markers) {
-        uint8_t e[kMarkerEntrySize];
-        Stream.ReadBuffer(e, kMarkerEntrySize);
-        auto i32 = [&](int o) {
-            return static_cast<int32_t>(uint32_t(e[o]) | (uint32_t(e[o + 1]) << 8) |
-                                        (uint32_t(e[o + 2]) << 16) | (uint32_t(e[o + 3]) << 24));
-        };
-        m.P = {i32(0), i32(4)};
-        m.IOType = static_cast<TIOType>(e[8]);
-        m.Size = e[9];
+        m.P = r.Point();
+        const int64_t at = r.Offset();
+        const uint8_t type = r.Byte();
+        if (type > itArrow)
+            throw EFormatError(QStringLiteral("Unknown marker type %1").arg(type), at);
+        m.IOType = static_cast<TIOType>(type);
+        m.Size = r.Byte();
+        r.Skip(2);
     }
 }
 
 } // namespace
 
 TDiagObject* TDiagObject::LoadFromStream(TStream& Stream, TDiagObjectList* Owner) {
-    const int64_t at = Stream.Position();
-    const uint8_t type = Stream.ReadByte();
+    TRecordReader head(Stream, kByteSize + kRectSize + kIntSize);
+    const uint8_t type = head.Byte();
     if (type == doNone || type > doRSTrigger)
-        throw EFormatError(QStringLiteral("Unknown block kind %1").arg(type), at);
-    TRect bounds;
-    bounds.Left = Stream.ReadInt32();
-    bounds.Top = Stream.ReadInt32();
-    bounds.Right = Stream.ReadInt32();
-    bounds.Bottom = Stream.ReadInt32();
-    const int32_t deltaWidth = Stream.ReadInt32();
+        throw EFormatError(QStringLiteral("Unknown block kind %1").arg(type), head.Start());
+    const TRect bounds = head.Rect();
+    const int32_t deltaWidth = head.Int();
     TDiagObject* obj = Owner->CreateObjByDiagType(static_cast<TDiagObjectType>(type), bounds);
     try {
         obj->SetDeltaWidth(deltaWidth);
-        const int32_t labels = Stream.ReadCount("Label count", kLabelEntryMin);
-        obj->FLabels.assign(size_t(std::max(labels, 0)), TDiagLabel{});
+        const int32_t labels = Stream.ReadCount("Label count", kLabelEntryMinSize);
+        obj->FLabels.assign(size_t(labels), TDiagLabel{});
         for (auto& l : obj->FLabels) {
-            l.Start.X = Stream.ReadInt32();
-            l.Start.Y = Stream.ReadInt32();
-            l.Height = Stream.ReadByte();
+            TRecordReader entry(Stream, kPointSize + kByteSize);
+            l.Start = entry.Point();
+            l.Height = entry.Byte();
             l.Text = CutDiagObjectString(Stream.ReadStr());
         }
         ReadMarkers(Stream, obj->FInputs, "Input count");
         ReadMarkers(Stream, obj->FOutputs, "Output count");
-        obj->FObjKey = Stream.ReadUInt32();
+        const int64_t keyAt = Stream.Position();
+        const TObjKey key = Stream.ReadUInt32();
+        // Connections find their blocks by key: two blocks with one key cannot both be found.
+        const TDiagObject* holder = Owner->FindObjByKey(key);
+        if (holder && holder != obj)
+            throw EFormatError(
+                QStringLiteral("Block key %1 is already held by block %2 of the list")
+                    .arg(key)
+                    .arg(Owner->IndexOf(holder)),
+                keyAt);
+        obj->SetObjKey(key);
         obj->MarkersLoaded();
     } catch (...) {
         // A half-read block must not stay in the list.

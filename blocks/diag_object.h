@@ -123,7 +123,8 @@ public:
     TBrush& GetBrush() { return Canvas()->Brush; }
     TDiagObjectType GetDiagObjType() const { return FObjType; }
     TObjKey GetObjKey() const { return FObjKey; }
-    void SetObjKey(TObjKey Value) { FObjKey = Value; }
+    // Tells the owning list, whose key index must follow.
+    void SetObjKey(TObjKey Value);
     int GetResizeMode() const { return FResizeMode; }
     void SetResizeMode(int Value) { FResizeMode = Value; }
     TDiagObjectList* Owner() const { return FOwner; }
@@ -144,9 +145,10 @@ public:
 
     // --- records
     void SaveToStream(TStream& Stream) const;
-    // Reads one block record and creates the block in Owner; an unknown kind or a count
-    // larger than the rest of the stream is an EFormatError naming the byte offset, and then
-    // no block is left behind.
+    // Reads one block record and creates the block in Owner, which owns it. An unknown kind, a
+    // marker type outside 0..2, a count larger than the rest of the stream could hold or a key
+    // that another block of Owner holds is an EFormatError naming the byte offset, and then no
+    // block is left behind.
     static TDiagObject* LoadFromStream(TStream& Stream, TDiagObjectList* Owner);
 
     // Fields are public as the list, connections and editor reach them directly.
@@ -171,6 +173,7 @@ public:
     TRegions FRegions;
     int AlignHoriz = 0;
     int AlignVert = 0;
+    // Written through SetObjKey (or by the list), so the list's key index stays current.
     TObjKey FObjKey = 0;
     TDotMarkers FInputs;
     TDotMarkers FOutputs;

@@ -2,6 +2,8 @@
 
 #include "velDiagEdit/blocks/diag_rs_trigger.h"
 #include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/record_codec.h"
 
 #include <algorithm>
 
@@ -16,39 +18,135 @@ TDiagObjectList::~TDiagObjectList() {
 TDiagObject* TDiagObjectList::Items(int Index) const {
     if (Index < 0 || Index >= Count())
         return nullptr;
-    return FItems[size_t(Index)];
+    return FItems[size_t(Index)].get();
 }
 
 int TDiagObjectList::IndexOf(const TDiagObject* Obj) const {
-    const auto it = std::find(FItems.begin(), FItems.end(), Obj);
+    if (!Obj)
+        return -1;
+    const auto it =
+        std::find_if(FItems.begin(), FItems.end(),
+                     [Obj](const std::unique_ptr<TDiagObject>& o) { return o.get() == Obj; });
     return it == FItems.end() ? -1 : int(it - FItems.begin());
 }
 
-TObjKey TDiagObjectList::UniqueKey(TObjKey wanted) const {
-    auto taken = [&](TObjKey k) {
-        return k == 0 || std::any_of(FItems.begin(), FItems.end(),
-                                     [k](const TDiagObject* o) { return o && o->FObjKey == k; });
-    };
-    while (taken(wanted))
-        ++wanted;
-    return wanted;
+std::vector<TDiagObject*> TDiagObjectList::All() const {
+    std::vector<TDiagObject*> all;
+    all.reserve(FItems.size());
+    for (const auto& o : FItems)
+        all.push_back(o.get());
+    return all;
 }
 
-void TDiagObjectList::Add(TDiagObject* Obj) {
-    Obj->FObjKey = UniqueKey(Obj->FObjKey);
-    FItems.push_back(Obj);
+// --- keys
+
+TObjKey TDiagObjectList::NewKey() {
+    if (FKeysDirty)
+        RebuildKeyIndex();
+    while (FNextKey == 0 || FKeys.count(FNextKey) != 0)
+        ++FNextKey;
+    return FNextKey++;
 }
 
-void TDiagObjectList::Remove(TDiagObject* Obj) {
-    const auto it = std::find(FItems.begin(), FItems.end(), Obj);
-    if (it != FItems.end())
-        FItems.erase(it);
+void TDiagObjectList::IndexKey(TDiagObject* Obj) {
+    // An earlier holder of the same key keeps the entry, as FindObjByKey answers the first.
+    if (!FKeys.emplace(Obj->FObjKey, Obj).second)
+        FKeysShared = true;
+}
+
+void TDiagObjectList::UnindexKey(TDiagObject* Obj, TObjKey Key) {
+    const auto it = FKeys.find(Key);
+    if (it == FKeys.end() || it->second != Obj)
+        return;
+    FKeys.erase(it);
+    // Another block may hold the same key; only a rebuild finds the first of them.
+    if (FKeysShared)
+        FKeysDirty = true;
+}
+
+void TDiagObjectList::RebuildKeyIndex() const {
+    FKeys.clear();
+    FKeys.reserve(FItems.size());
+    FKeysShared = false;
+    for (const auto& o : FItems)
+        if (!FKeys.emplace(o->FObjKey, o.get()).second)
+            FKeysShared = true;
+    FKeysDirty = false;
+}
+
+void TDiagObjectList::KeyChanged(TDiagObject* Obj, TObjKey OldKey) {
+    if (FKeysDirty)
+        return;
+    UnindexKey(Obj, OldKey);
+    if (FKeysDirty)
+        return;
+    const auto it = FKeys.find(Obj->FObjKey);
+    if (it == FKeys.end()) {
+        FKeys.emplace(Obj->FObjKey, Obj);
+        return;
+    }
+    // Two blocks now share the key: the index must name the earlier one.
+    FKeysShared = true;
+    if (IndexOf(Obj) < IndexOf(it->second))
+        it->second = Obj;
+}
+
+TDiagObject* TDiagObjectList::FindObjByKey(TObjKey Key) const {
+    if (FKeysDirty)
+        RebuildKeyIndex();
+    auto it = FKeys.find(Key);
+    if (it != FKeys.end() && it->second->FObjKey != Key) {
+        // The key was written past SetObjKey: the index is stale.
+        RebuildKeyIndex();
+        it = FKeys.find(Key);
+    }
+    return it == FKeys.end() ? nullptr : it->second;
+}
+
+// --- ownership
+
+void TDiagObjectList::Adopt(TDiagObject* Obj) {
+    Obj->FOwner = this;
+    if (FKeysDirty)
+        RebuildKeyIndex();
+    if (Obj->FObjKey == 0 || FKeys.count(Obj->FObjKey) != 0)
+        Obj->FObjKey = NewKey();
+    FItems.emplace_back(Obj);
+    IndexKey(Obj);
+}
+
+void TDiagObjectList::Forget(TDiagObject* Obj) {
+    const int i = IndexOf(Obj);
+    if (i < 0)
+        return;
+    UnindexKey(Obj, Obj->FObjKey);
+    FItems[size_t(i)].release(); // the block is being destroyed by someone else
+    FItems.erase(FItems.begin() + i);
+    Obj->FOwner = nullptr;
+}
+
+void TDiagObjectList::Add(std::unique_ptr<TDiagObject> Obj) {
+    if (!Obj || Obj->FOwner)
+        return;
+    Adopt(Obj.release());
+}
+
+std::unique_ptr<TDiagObject> TDiagObjectList::Remove(TDiagObject* Obj) {
+    const int i = IndexOf(Obj);
+    if (i < 0)
+        return nullptr;
+    UnindexKey(Obj, Obj->FObjKey);
+    std::unique_ptr<TDiagObject> out = std::move(FItems[size_t(i)]);
+    FItems.erase(FItems.begin() + i);
+    out->FOwner = nullptr;
+    return out;
 }
 
 TDiagObject* TDiagObjectList::CreateObjByDiagType(TDiagObjectType ObjType, const TRect& R) {
     // The size may come from a stream: wrap as 32-bit arithmetic does instead of overflowing.
     const int32_t w = WrapSub(R.Right, R.Left);
     const int32_t h = WrapSub(R.Bottom, R.Top);
+    // Each constructor hands the new block to this list, which owns it from then on.
     switch (ObjType) {
     case doText:
         return new TDiagText(this, R.Left, R.Top, w, h, QStringLiteral("Text"), 0, 0, true);
@@ -64,61 +162,52 @@ TDiagObject* TDiagObjectList::CreateObjByDiagType(TDiagObjectType ObjType, const
     }
 }
 
-TDiagObject* TDiagObjectList::FindObjByKey(TObjKey Key) const {
-    for (TDiagObject* o : FItems)
-        if (o && o->FObjKey == Key)
-            return o;
-    return nullptr;
-}
-
 void TDiagObjectList::DeselectAll(TDiagObject* SkipObj) {
-    for (TDiagObject* o : FItems)
-        if (o && o != SkipObj)
+    for (const auto& o : FItems)
+        if (o.get() != SkipObj)
             o->SetSelected(false);
 }
 
-void TDiagObjectList::DeleteObject(TDiagObject* Obj, bool DoFree) {
+std::unique_ptr<TDiagObject> TDiagObjectList::DeleteObject(TDiagObject* Obj, bool DoFree) {
     if (IndexOf(Obj) < 0)
-        return;
+        return nullptr;
     if (FOnDeleteObject)
         FOnDeleteObject(Obj);
-    Remove(Obj);
-    if (DoFree) {
-        Obj->FOwner = nullptr;
-        delete Obj;
-    } else {
-        Obj->FOwner = nullptr;
-    }
+    std::unique_ptr<TDiagObject> out = Remove(Obj);
+    if (DoFree)
+        out.reset();
+    return out;
 }
 
 void TDiagObjectList::AssignObjEvents(const TNotifyEvent& ObjEvent) {
     if (!ObjEvent)
         return;
-    const auto items = FItems;
+    const auto items = All();
     for (TDiagObject* o : items)
         ObjEvent(o);
 }
 
 void TDiagObjectList::Refresh() {
-    for (TDiagObject* o : FItems)
-        if (o)
-            o->Invalidate();
+    for (const auto& o : FItems)
+        o->Invalidate();
 }
 
 void TDiagObjectList::Clear() {
-    std::vector<TDiagObject*> items;
+    std::deque<std::unique_ptr<TDiagObject>> items;
     items.swap(FItems);
-    for (TDiagObject* o : items) {
-        if (!o)
-            continue;
+    FKeys.clear();
+    FKeysDirty = false;
+    FKeysShared = false;
+    FNextKey = 1;
+    for (auto& o : items) {
         o->FOwner = nullptr;
-        delete o;
+        o.reset();
     }
 }
 
 void TDiagObjectList::SaveToStream(TStream& Stream) const {
     Stream.WriteInt32(Count());
-    for (const TDiagObject* o : FItems)
+    for (const auto& o : FItems)
         o->SaveToStream(Stream);
 }
 
@@ -126,7 +215,12 @@ void TDiagObjectList::LoadFromStream(TStream& Stream, const TNotifyEvent& OnCrea
                                      int Count) {
     Clear();
     if (Count == -1)
-        Count = Stream.ReadCount("Block count", kMinBlockRecordSize);
+        Count = Stream.ReadCount("Block count", kBlockRecordMinSize);
+    // A count the caller passes is not checked against the stream; room is made only for the
+    // blocks that the remaining bytes could hold.
+    const int64_t room = std::min<int64_t>(Count, Stream.Remaining() / kBlockRecordMinSize);
+    if (room > 0)
+        FKeys.reserve(size_t(room));
     for (int i = 0; i < Count; ++i) {
         TDiagObject* o = TDiagObject::LoadFromStream(Stream, this);
         if (OnCreateObjEvent)

@@ -25,10 +25,12 @@ void TDiagRSTrigger::MakeRegions() {
     FMidVert = RoundHalfEven(H * VertRatio);
     if (FRegions.size() < 3)
         FRegions.resize(3);
-    FRegions[0].R = {M.Left, M.Top, M.Left + FMidHoriz, M.Top + FMidVert};
-    FRegions[1].R = {M.Left, M.Top + FMidVert, M.Left + FMidHoriz, M.Top + H - 1};
+    // The body's left edge follows a delta width that may come from a stream.
+    const int midX = WrapAdd(M.Left, FMidHoriz);
+    FRegions[0].R = {M.Left, M.Top, midX, M.Top + FMidVert};
+    FRegions[1].R = {M.Left, M.Top + FMidVert, midX, M.Top + H - 1};
     // The right part ends at the body width less one, not offset by the body's left.
-    FRegions[2].R = {M.Left + FMidHoriz, M.Top, W - 1, M.Top + H - 1};
+    FRegions[2].R = {midX, M.Top, W - 1, M.Top + H - 1};
     for (auto& r : FRegions) {
         r.QHoriz = 0.5;
         r.QVert = 0.2;

@@ -17,50 +17,79 @@ TDiagObject* AsBlock(QObject* o) {
 }
 } // namespace
 
-TDiagConnectList::TDiagConnectList(TCanvas* ACanvas) : FreeCanvas(false), FCanvas(ACanvas) {
+TDiagConnectList::TDiagConnectList(TCanvas* ACanvas) : FCanvas(ACanvas) {
     if (FCanvas)
         SetUpPen(FCanvas);
 }
 
-TDiagConnectList::TDiagConnectList(QPaintDevice* DC) : FreeCanvas(true), FCanvas(new TCanvas) {
+TDiagConnectList::TDiagConnectList(QPaintDevice* DC)
+    : FOwnCanvas(std::make_unique<TCanvas>()), FCanvas(FOwnCanvas.get()) {
     FCanvas->SetHandle(DC);
     SetUpPen(FCanvas);
 }
 
 TDiagConnectList::~TDiagConnectList() {
     TDiagConnectList::Clear();
-    if (FreeCanvas) {
-        delete FCanvas;
-        FCanvas = nullptr;
-    }
+    FCanvas = nullptr;
+    FOwnCanvas.reset();
 }
 
 TDiagConnection* TDiagConnectList::Items(int Index) const {
     if (Index < 0 || Index >= Count())
         throw EListError(QStringLiteral("List index out of bounds (%1)").arg(Index));
-    return FItems[size_t(Index)];
+    return FItems[size_t(Index)].get();
 }
 
 int TDiagConnectList::IndexOf(const TDiagConnection* Con) const {
-    const auto it = std::find(FItems.begin(), FItems.end(), Con);
+    if (!Con)
+        return -1;
+    const auto it =
+        std::find_if(FItems.begin(), FItems.end(),
+                     [Con](const std::unique_ptr<TDiagConnection>& c) { return c.get() == Con; });
     return it == FItems.end() ? -1 : int(it - FItems.begin());
 }
 
-void TDiagConnectList::Add(TDiagConnection* Con) {
-    FItems.push_back(Con);
+void TDiagConnectList::Adopt(TDiagConnection* Con) {
+    if (Count() >= kMaxConnections)
+        throw EListError(
+            QStringLiteral("A connection list holds at most %1 connections").arg(kMaxConnections));
+    FItems.emplace_back(Con);
+    Con->FOwner = this;
 }
 
-void TDiagConnectList::Remove(TDiagConnection* Con) {
-    const auto it = std::find(FItems.begin(), FItems.end(), Con);
-    if (it != FItems.end())
-        FItems.erase(it);
+void TDiagConnectList::Forget(TDiagConnection* Con) {
+    const int i = IndexOf(Con);
+    if (i >= 0) {
+        FItems[size_t(i)].release(); // being destroyed by someone else
+        FItems.erase(FItems.begin() + i);
+    }
+    Con->FOwner = nullptr;
+}
+
+void TDiagConnectList::Add(std::unique_ptr<TDiagConnection> Con) {
+    if (!Con || Con->FOwner)
+        return;
+    Adopt(Con.get());
+    Con.release();
+}
+
+std::unique_ptr<TDiagConnection> TDiagConnectList::Remove(TDiagConnection* Con) {
+    const int i = IndexOf(Con);
+    if (i < 0)
+        return nullptr;
+    std::unique_ptr<TDiagConnection> out = std::move(FItems[size_t(i)]);
+    FItems.erase(FItems.begin() + i);
+    out->FOwner = nullptr;
+    return out;
 }
 
 void TDiagConnectList::Clear() {
-    std::vector<TDiagConnection*> items;
+    std::vector<std::unique_ptr<TDiagConnection>> items;
     items.swap(FItems);
-    for (TDiagConnection* c : items)
-        delete c;
+    for (auto& c : items) {
+        c->FOwner = nullptr;
+        c.reset();
+    }
 }
 
 namespace {
@@ -89,13 +118,13 @@ void TDiagConnectList::Paint() {
     // pixels are the same as when every wire is drawn.
     TRect clip;
     const bool clipped = FCanvas && FCanvas->ClipRect(clip);
-    for (TDiagConnection* c : FItems)
+    for (const auto& c : FItems)
         if (!clipped || MayDrawInto(*c, clip))
             c->Paint();
 }
 
 void TDiagConnectList::Refresh() {
-    for (TDiagConnection* c : FItems)
+    for (const auto& c : FItems)
         c->MakePath();
 }
 
@@ -103,24 +132,24 @@ void TDiagConnectList::UpdatePath(QObject* diag) {
     TDiagObject* b = AsBlock(diag);
     if (!b)
         return;
-    for (TDiagConnection* c : FItems)
+    for (const auto& c : FItems)
         if (c->FSource.data() == b || c->FDest.data() == b)
             c->MakePath();
 }
 
 void TDiagConnectList::ShiftByDelta(QObject* diag, TPoint Delta) {
-    for (TDiagConnection* c : FItems)
+    for (const auto& c : FItems)
         c->ShiftByDelta(diag, Delta);
 }
 
 void TDiagConnectList::UpdateBeforeDelete(QObject* diag) {
     if (!AsBlock(diag))
         return;
-    for (TDiagConnection*& c : FItems) {
+    for (auto& c : FItems) {
         c->OnDeleteDiagObject(diag);
         if (c->FPoints.size() < 2 || (!c->FSource && !c->FDest)) {
-            delete c;
-            c = nullptr;
+            c->FOwner = nullptr;
+            c.reset();
         }
     }
     // Later indexes shift down; stored addresses past a removed wire are not corrected.
@@ -142,7 +171,7 @@ int TDiagConnectList::ConnectIndex(TDiagObject* DiagObj, int MarkerIndex) const 
     if (MarkerIndex == 0 && DiagObj)
         MarkerIndex = DiagObj->FSelMarkerIndex;
     for (size_t i = 0; i < FItems.size(); ++i) {
-        const TDiagConnection* c = FItems[i];
+        const TDiagConnection* c = FItems[i].get();
         if (c->FSource.data() == DiagObj && c->FSrcConIdx == MarkerIndex)
             return -int(i + 1);
         if (c->FDest.data() == DiagObj && c->FDstConIdx == MarkerIndex)
@@ -156,7 +185,7 @@ LongRec TDiagConnectList::FindBestSegment(TPoint P, const TDiagConnection* SkipC
     double best = DBL_MAX;
     LongRec result{};
     for (size_t i = 0; i < FItems.size(); ++i) {
-        const TDiagConnection* c = FItems[i];
+        const TDiagConnection* c = FItems[i].get();
         if (c == SkipCon)
             continue;
         // With the limit on, only a wire whose box grown by the limit holds P can answer.
@@ -164,7 +193,9 @@ LongRec TDiagConnectList::FindBestSegment(TPoint P, const TDiagConnection* SkipC
             continue;
         double d = 0;
         const int seg = c->FindNearestSegment(P, &d, UseLimit, ContainType);
-        if (seg >= 0 && d < best) {
+        // A segment that a LongRec cannot name (a path made longer behind the list's back) is
+        // not an answer: its address would wrap onto another segment.
+        if (seg >= 0 && seg < kMaxPathPoints - 1 && d < best) {
             best = d;
             result = {uint16_t(seg + 1), uint16_t(i + 1)};
         }
@@ -206,8 +237,8 @@ void TDiagConnectList::SelectSegmentByLongRec(LongRec LR) {
 
 void TDiagConnectList::DeselectAll(const TDiagConnection* SkipCon) {
     // A wire with nothing selected is left alone: drawing it again would change no pixel.
-    for (TDiagConnection* c : FItems)
-        if (c != SkipCon && c->FSelectedIndex != -1)
+    for (const auto& c : FItems)
+        if (c.get() != SkipCon && c->FSelectedIndex != -1)
             c->SetSelectedIndex(-1);
 }
 
@@ -261,8 +292,8 @@ void TDiagConnectList::UpdateEndConnections(LongRec LR) {
     if (LR.IsZero())
         return;
     for (int i = 0; i < Count(); ++i) {
-        TDiagConnection* c = FItems[size_t(i)];
-        if (c->FDstCrossInfo == LR) {
+        TDiagConnection* c = FItems[size_t(i)].get();
+        if (c->FDstCrossInfo == LR && c->FPoints.size() <= size_t(kMaxPathPoints)) {
             const LongRec self{uint16_t(c->FPoints.size() - 1), uint16_t(i + 1)};
             EndConnectionByLongRec(self, nullptr, nullptr);
         }
@@ -270,14 +301,14 @@ void TDiagConnectList::UpdateEndConnections(LongRec LR) {
 }
 
 void TDiagConnectList::AdjustEndConnections(int Index) {
-    const int n = int(Items(Index)->FPoints.size());
-    for (int lo = 1; lo <= n - 1; ++lo)
+    const int64_t n = int64_t(Items(Index)->FPoints.size());
+    for (int64_t lo = 1; lo <= std::min<int64_t>(n - 1, kMaxPathPoints - 1); ++lo)
         UpdateEndConnections({uint16_t(lo), uint16_t(Index + 1)});
 }
 
 void TDiagConnectList::SaveToStream(TStream& Stream) const {
     Stream.WriteInt32(Count());
-    for (const TDiagConnection* c : FItems)
+    for (const auto& c : FItems)
         c->SaveToStream(Stream);
 }
 
@@ -286,7 +317,13 @@ void TDiagConnectList::LoadFromStream(TStream& Stream,
                                       int n) {
     Clear();
     if (n == -1)
-        n = Stream.ReadCount("Connection count", kConnectionRecordBase, true);
+        n = Stream.ReadCount("Connection count", 0, true, kMaxConnections);
+    else if (n > kMaxConnections)
+        throw EFormatError(QStringLiteral("Connection count %1 is more than the %2 that can be "
+                                          "addressed")
+                               .arg(n)
+                               .arg(kMaxConnections),
+                           Stream.Position());
     for (int i = 0; i < n; ++i) {
         TDiagConnection* c = TDiagConnection::LoadFromStream(Stream, this);
         if (OnCreateConEvent)

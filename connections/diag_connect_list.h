@@ -14,6 +14,12 @@ class QPaintDevice;
 
 namespace vde {
 
+// Ownership: the list owns its connections (each one a unique_ptr in the list); a connection's
+// constructor hands it to the list, and a connection deleted by anyone else takes itself out of
+// the list first. Remove hands a connection (and its ownership) to the caller. Plain pointers
+// returned by Items are references to connections the list still owns. The canvas is owned
+// only when the list made it (the device constructor); a canvas passed in belongs to the caller
+// and must outlive the list.
 class VELDIAGEDIT_EXPORT TDiagConnectList {
 public:
     // Draws on ACanvas (not owned).
@@ -26,12 +32,18 @@ public:
     TDiagConnectList& operator=(const TDiagConnectList&) = delete;
 
     TCanvas* GetCanvas() const { return FCanvas; }
+    // Whether the list made its canvas and frees it.
+    bool GetFreeCanvas() const { return FOwnCanvas != nullptr; }
     int Count() const { return int(FItems.size()); }
     // Raises EListError for an index out of range.
     TDiagConnection* Items(int Index) const;
     int IndexOf(const TDiagConnection* Con) const;
-    void Add(TDiagConnection* Con);
-    void Remove(TDiagConnection* Con);
+    // Takes ownership of a connection that has no list and appends it (an EListError past
+    // kMaxConnections, and the connection is freed).
+    void Add(std::unique_ptr<TDiagConnection> Con);
+    // Takes the connection out of the list and hands it to the caller; null when it is not in
+    // the list.
+    [[nodiscard]] std::unique_ptr<TDiagConnection> Remove(TDiagConnection* Con);
     virtual void Clear();
 
     void Paint();
@@ -62,20 +74,25 @@ public:
     void AdjustEndConnections(int Index);
 
     void SaveToStream(TStream& Stream) const;
-    // n -1 reads the count; a count <= 0 reads nothing. A count larger than the remaining
-    // bytes could hold is an EFormatError at once; other errors leave the connections read so
-    // far in the list.
+    // n -1 reads the count; a count <= 0 reads nothing. A count above kMaxConnections is an
+    // EFormatError at once. A count larger than the rest of the stream is not an error by
+    // itself (nothing is allocated from it): when the stream runs out, the read error leaves
+    // the connections read so far in the list.
     void LoadFromStream(TStream& Stream,
                         const std::function<void(TDiagConnection*)>& OnCreateConEvent, int n = -1);
 
-    bool FreeCanvas = false;
-    TCanvas* FCanvas = nullptr;
-
 private:
+    friend class TDiagConnection;
+    // A new connection's constructor hands itself over; its destructor takes itself out.
+    void Adopt(TDiagConnection* Con);
+    void Forget(TDiagConnection* Con);
+
+    std::unique_ptr<TCanvas> FOwnCanvas;
+    TCanvas* FCanvas = nullptr; // FOwnCanvas, or the caller's
     // The connection LR names, after the range checks every segment command makes
     // (a zero Hi with a non-zero Lo fails as a bad list index).
     TDiagConnection* Addressed(LongRec LR) const;
-    std::vector<TDiagConnection*> FItems;
+    std::vector<std::unique_ptr<TDiagConnection>> FItems;
 };
 
 } // namespace vde

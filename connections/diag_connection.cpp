@@ -3,8 +3,8 @@
 #include "velDiagEdit/connections/diag_connect_list.h"
 #include "velDiagEdit/geometry/geometry.h"
 #include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/record_codec.h"
 
-#include <QtEndian>
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -14,9 +14,21 @@ namespace vde {
 
 static_assert(sizeof(TPoint) == 8 && std::is_standard_layout_v<TPoint>);
 
-TDiagConnection::TDiagConnection(TDiagConnectList* AOwner) : FOwner(AOwner) {
+TDiagConnection::TDiagConnection(TDiagConnectList* AOwner) : FOwner(nullptr) {
     if (AOwner)
-        AOwner->Add(this);
+        AOwner->Adopt(this);
+}
+
+TDiagConnection::~TDiagConnection() {
+    // Deleted by someone other than its list: leave the list first.
+    if (FOwner)
+        FOwner->Forget(this);
+}
+
+void TDiagConnection::AppendPoint(TPoint P) {
+    if (FPoints.size() >= size_t(kMaxPathPoints))
+        throw EListError(QStringLiteral("A connection holds at most %1 points").arg(kMaxPathPoints));
+    FPoints.push_back(P);
 }
 
 // --- routing
@@ -33,8 +45,8 @@ void TDiagConnection::MakePath() {
         return;
     int sSrc = FSrcConIdx, sDst = FDstConIdx;
     // One pixel back through each marker.
-    P1.X -= Sign(sSrc);
-    P2.X -= Sign(sDst);
+    P1.X = WrapSub(P1.X, Sign(sSrc));
+    P2.X = WrapSub(P2.X, Sign(sDst));
     // Left to right; the block fields stay as they are, only the ends swap.
     if (P1.X > P2.X) {
         std::swap(P1, P2);
@@ -42,20 +54,21 @@ void TDiagConnection::MakePath() {
     }
     FPoints.reserve(8);
     FPoints.push_back(P1);
-    int x1 = Sign(sSrc) * FTol.X + P1.X;
-    const int x2 = Sign(sDst) * FTol.X + P2.X;
+    int x1 = WrapAdd(WrapMul(Sign(sSrc), FTol.X), P1.X);
+    const int x2 = WrapAdd(WrapMul(Sign(sDst), FTol.X), P2.X);
     if (Sign(sSrc) == Sign(sDst))
         x1 = sSrc < 0 ? std::min(x1, x2) : std::max(x1, x2);
     FPoints.push_back({x1, P1.Y});
-    const int ys = FTol.Y * FAutoSrc + P1.Y;
-    const int yd = FTol.Y * FAutoDst + P2.Y;
+    const int ys = WrapAdd(WrapMul(FTol.Y, FAutoSrc), P1.Y);
+    const int yd = WrapAdd(WrapMul(FTol.Y, FAutoDst), P2.Y);
     int y;
     if (sSrc < 0 && sDst > 0) {
         // Both ends face outward: go round, above the source or below the destination.
-        y = ys < yd ? FSource->BoundsRect().Top - FTol.Y : FDest->BoundsRect().Bottom + FTol.Y;
+        y = ys < yd ? WrapSub(FSource->BoundsRect().Top, FTol.Y)
+                    : WrapAdd(FDest->BoundsRect().Bottom, FTol.Y);
         FPoints.push_back({x1, y});
         // The vertical clearance is what the right edge gets here, as routes always had it.
-        x1 = std::max(FSource->BoundsRect().Right + FTol.Y, x2);
+        x1 = std::max(WrapAdd(FSource->BoundsRect().Right, FTol.Y), x2);
     } else {
         y = P2.Y;
     }
@@ -71,7 +84,7 @@ void TDiagConnection::MakePath() {
 int TDiagConnection::AddSegment(int Size, int Angle) {
     TPoint P;
     if (FPoints.empty() && FSource && FSource->GetConPoint(FSrcConIdx, P, false)) {
-        P.X -= Sign(FSrcConIdx);
+        P.X = WrapSub(P.X, Sign(FSrcConIdx));
         FPoints.push_back(P);
     }
     if (FPoints.empty())
@@ -79,14 +92,14 @@ int TDiagConnection::AddSegment(int Size, int Angle) {
     TPoint Q;
     if (FPoints.size() == 1) {
         // The first stub always leaves the marker horizontally, outward.
-        Q = {FPoints[0].X + Size * Sign(FSrcConIdx), FPoints[0].Y};
+        Q = {WrapAdd(FPoints[0].X, WrapMul(Size, Sign(FSrcConIdx))), FPoints[0].Y};
     } else {
         Q = NextPoint(Size, Angle);
     }
     if (Angle == 0 && FPoints.size() >= 2)
         FPoints.back() = Q;
     else
-        FPoints.push_back(Q);
+        AppendPoint(Q);
     return int(FPoints.size()) - 2;
 }
 
@@ -95,7 +108,7 @@ TPoint TDiagConnection::NextPoint(int Size, int Angle) const {
         return FPoints.empty() ? TPoint{} : FPoints.back();
     const TPoint last = FPoints.back();
     const TPoint prev = FPoints[FPoints.size() - 2];
-    int ux = Sign(last.X - prev.X), uy = Sign(last.Y - prev.Y);
+    int ux = Sign(int64_t(last.X) - prev.X), uy = Sign(int64_t(last.Y) - prev.Y);
     if (Angle == 2 || Angle == -2) {
         std::swap(ux, uy);
         if (Angle < 1)
@@ -103,7 +116,7 @@ TPoint TDiagConnection::NextPoint(int Size, int Angle) const {
         else
             ux = -ux;
     }
-    return {last.X + Size * ux, last.Y + Size * uy};
+    return {WrapAdd(last.X, WrapMul(Size, ux)), WrapAdd(last.Y, WrapMul(Size, uy))};
 }
 
 int TDiagConnection::GetLastDirection() const {
@@ -211,7 +224,7 @@ void TDiagConnection::Paint() {
         const TPoint p = FPoints.back();
         const TColor old = c->Brush.Color;
         c->Brush.Color = GetActiveColor(high);
-        c->Ellipse(p.X - 4, p.Y - 4, p.X + 4, p.Y + 4);
+        c->Ellipse(WrapSub(p.X, 4), WrapSub(p.Y, 4), WrapAdd(p.X, 4), WrapAdd(p.Y, 4));
         c->Brush.Color = old;
     }
 }
@@ -270,7 +283,7 @@ void TDiagConnection::EndConnection(TDiagObject* DiagObj, bool UseLastPoint) {
     if (!found)
         return;
     if (!UseLastPoint && (!DiagObj || DiagObj != FDest)) {
-        FPoints.push_back(P);
+        AppendPoint(P);
         if (DiagObj) {
             FDest = DiagObj;
             FDstConIdx = DiagObj->FSelMarkerIndex;
@@ -343,9 +356,9 @@ void TDiagConnection::EditSegment(int Index, int& Size, int& Angle, bool DoRead)
     const TPoint d{RoundHalfEven(Size * std::cos(rad)), RoundHalfEven(Size * std::sin(rad))};
     const bool fixedEnd = Index == high - 1 && (FDest || !FDstCrossInfo.IsZero());
     if (fixedEnd)
-        A = {B.X - d.X, B.Y - d.Y};
+        A = {WrapSub(B.X, d.X), WrapSub(B.Y, d.Y)};
     else
-        B = {A.X + d.X, A.Y + d.Y};
+        B = {WrapAdd(A.X, d.X), WrapAdd(A.Y, d.Y)};
     Paint();
 }
 
@@ -414,61 +427,38 @@ void TDiagConnection::OnDeleteDiagObject(QObject* diag) {
 // --- records
 
 void TDiagConnection::SaveToStream(TStream& Stream) const {
-    const size_t n = FPoints.size();
-    std::vector<uint8_t> buf(size_t(kConnectionRecordBase) + 8 * n);
-    uint8_t* p = buf.data();
-    auto put = [&p](uint32_t v) {
-        qToLittleEndian<uint32_t>(v, p);
-        p += 4;
-    };
-    put(FSrcKey);
-    put(FDstKey);
-    put(FSrcCrossInfo.Value());
-    put(FDstCrossInfo.Value());
-    put(uint32_t(n));
-    for (const TPoint& pt : FPoints) {
-        put(uint32_t(pt.X));
-        put(uint32_t(pt.Y));
-    }
-    put(uint32_t(FSrcConIdx));
-    put(uint32_t(FDstConIdx));
-    put(uint32_t(FSelectedIndex));
-    Stream.WriteBuffer(buf.data(), int64_t(buf.size()));
+    TRecordWriter w(size_t(kConnectionRecordBase) + size_t(kPointSize) * FPoints.size());
+    w.UInt(FSrcKey).UInt(FDstKey).Long(FSrcCrossInfo).Long(FDstCrossInfo);
+    w.Int(int32_t(FPoints.size()));
+    for (const TPoint& pt : FPoints)
+        w.Point(pt);
+    w.Int(FSrcConIdx).Int(FDstConIdx).Int(FSelectedIndex);
+    w.Flush(Stream);
 }
 
 TDiagConnection* TDiagConnection::LoadFromStream(TStream& Stream, TDiagConnectList* AOwner) {
-    uint8_t head[20];
-    Stream.ReadBuffer(head, sizeof head);
-    const int32_t n = qFromLittleEndian<int32_t>(head + 16);
-    // A count <= 0 leaves the path empty; one larger than the bytes left is refused at once.
-    if (n > 0 && int64_t(n) * 8 + 12 > Stream.Remaining())
-        throw EFormatError(QStringLiteral("Point count %1 is larger than the %2 bytes that remain "
-                                          "could hold")
-                               .arg(n)
-                               .arg(Stream.Remaining()),
-                           Stream.Position() - 4);
+    TRecordReader head(Stream, kConnectionHeadSize - kIntSize);
+    // A count <= 0 leaves the path empty; more points than the rest of the stream could hold,
+    // or than a segment address can name, are refused before anything is allocated.
+    const int32_t n = Stream.ReadCount("Point count", kPointSize, true, kMaxPathPoints);
     auto* c = new TDiagConnection(AOwner);
     try {
-        c->FSrcKey = qFromLittleEndian<uint32_t>(head);
-        c->FDstKey = qFromLittleEndian<uint32_t>(head + 4);
-        c->FSrcCrossInfo = LongRec::FromValue(qFromLittleEndian<uint32_t>(head + 8));
-        c->FDstCrossInfo = LongRec::FromValue(qFromLittleEndian<uint32_t>(head + 12));
+        c->FSrcKey = head.UInt();
+        c->FDstKey = head.UInt();
+        c->FSrcCrossInfo = head.Long();
+        c->FDstCrossInfo = head.Long();
         if (n > 0) {
+            TRecordReader points(Stream, int64_t(n) * kPointSize);
             c->FPoints.resize(size_t(n));
-            Stream.ReadBuffer(c->FPoints.data(), int64_t(n) * 8);
-            if constexpr (Q_BYTE_ORDER == Q_BIG_ENDIAN)
-                for (TPoint& pt : c->FPoints)
-                    pt = {qFromLittleEndian(pt.X), qFromLittleEndian(pt.Y)};
+            for (TPoint& pt : c->FPoints)
+                pt = points.Point();
         }
-        uint8_t tail[12];
-        Stream.ReadBuffer(tail, sizeof tail);
-        c->FSrcConIdx = qFromLittleEndian<int32_t>(tail);
-        c->FDstConIdx = qFromLittleEndian<int32_t>(tail + 4);
-        c->FSelectedIndex = qFromLittleEndian<int32_t>(tail + 8);
+        TRecordReader tail(Stream, kConnectionTailSize);
+        c->FSrcConIdx = tail.Int();
+        c->FDstConIdx = tail.Int();
+        c->FSelectedIndex = tail.Int();
     } catch (...) {
-        if (AOwner)
-            AOwner->Remove(c);
-        delete c;
+        delete c; // takes itself out of AOwner
         throw;
     }
     return c;

@@ -4,6 +4,7 @@
 // MakePath; hand-drawn ones are built segment by segment and only re-anchored.
 
 #include "velDiagEdit/blocks/diag_object.h"
+#include "velDiagEdit/platform/record_codec.h"
 #include "velDiagEdit/platform/streams.h"
 #include "velDiagEdit/platform/types.h"
 #include "velDiagEdit/velDiagEdit_export.h"
@@ -16,9 +17,11 @@ class TDiagConnectList;
 
 class VELDIAGEDIT_EXPORT TDiagConnection {
 public:
-    // Appends the new connection to AOwner, which owns it from then on.
+    // Appends the new connection to AOwner, which owns it from then on; an EListError when
+    // AOwner already holds as many connections as a segment address can name.
     explicit TDiagConnection(TDiagConnectList* AOwner);
-    virtual ~TDiagConnection() = default;
+    // A connection deleted by anyone but its list takes itself out of the list first.
+    virtual ~TDiagConnection();
     TDiagConnection(const TDiagConnection&) = delete;
     TDiagConnection& operator=(const TDiagConnection&) = delete;
 
@@ -69,8 +72,8 @@ public:
     // --- records: 32 + 8 × point count bytes (eight 4-byte fields and the points)
     void SaveToStream(TStream& Stream) const;
     // Creates a plain connection in AOwner and reads one record into it. A point count larger
-    // than the rest of the stream is an EFormatError naming its offset; on any error the new
-    // connection is taken out of AOwner again.
+    // than the rest of the stream could hold, or than kMaxPathPoints, is an EFormatError naming
+    // its offset; on any error the new connection is taken out of AOwner again and freed.
     static TDiagConnection* LoadFromStream(TStream& Stream, TDiagConnectList* AOwner);
 
     // The list, the editor and the tests reach the fields directly.
@@ -97,6 +100,10 @@ public:
     int32_t FAutoDst = 0;
     TPoint P1;
     TPoint P2;
+
+private:
+    // Appends a point to the path; an EListError past kMaxPathPoints.
+    void AppendPoint(TPoint P);
 };
 
 // A connection that starts at a block marker.
@@ -119,7 +126,9 @@ public:
                         double DstPlace, int8_t ConnectRadius);
 };
 
-// Keys, cross infos, point count, then after the points the two marker indexes and the selection.
-constexpr int kConnectionRecordBase = 32;
+// A segment is addressed by a LongRec of two 16-bit words (Hi = connection + 1, Lo = segment +
+// 1): a list holds at most this many connections, a path at most this many points.
+constexpr int32_t kMaxConnections = 0xFFFF;
+constexpr int32_t kMaxPathPoints = 0xFFFF + 1;
 
 } // namespace vde

@@ -280,7 +280,7 @@ void TCanvas::TextOut(int32_t x, int32_t y, const QString& text) {
         b->TextOut({x, y}, text, Font, Brush);
     else
         Unresolved();
-    PenPos = {x + TextWidth(text), y};
+    PenPos = {WrapAdd(x, TextWidth(text)), y};
 }
 
 int TCanvas::TextWidth(const QString& text) const {

@@ -1,8 +1,11 @@
 #include "velDiagEdit/platform/painter_backend.h"
 
 #include <QPaintDevice>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPolygon>
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 namespace vde {
@@ -49,58 +52,117 @@ struct StateGuard {
 TPainterBackend::TPainterBackend(QPainter* painter)
     : FPainter(painter), FRaster(IsRaster(painter)) {}
 
+// The device's area in the painter's coordinates (within the painter's clip, if it has one),
+// grown by margin pixels; nothing outside it can show.
+TPainterBackend::TArea TPainterBackend::ClipArea(int margin) const {
+    TArea a{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
+    // The device pixels really go to: with redirection (a widget rendered into an image) that is
+    // the engine's device, and the device transform maps onto it.
+    const QPaintEngine* engine = FPainter->paintEngine();
+    const QPaintDevice* dev =
+        engine && engine->paintDevice() ? engine->paintDevice() : FPainter->device();
+    if (!dev)
+        return a;
+    bool invertible = false;
+    const QTransform toLogical = FPainter->deviceTransform().inverted(&invertible);
+    if (!invertible)
+        return a;
+    QRectF area = toLogical.mapRect(QRectF(0, 0, dev->width(), dev->height()));
+    if (FPainter->hasClipping())
+        area = area.intersected(FPainter->clipBoundingRect());
+    a.L = int64_t(std::floor(area.left())) - margin;
+    a.T = int64_t(std::floor(area.top())) - margin;
+    a.R = int64_t(std::ceil(area.right())) + margin;
+    a.B = int64_t(std::ceil(area.bottom())) + margin;
+    return a;
+}
+
+// The part of the pixel span l..r-1 x t..b-1 inside the area; false when none is.
+bool TPainterBackend::ClipToArea(int64_t l, int64_t t, int64_t r, int64_t b, const TArea& a,
+                                 QRect& out) {
+    l = std::max(l, a.L);
+    t = std::max(t, a.T);
+    r = std::min(r, a.R);
+    b = std::min(b, a.B);
+    if (l >= r || t >= b)
+        return false;
+    out = QRect(int(l), int(t), int(r - l), int(b - t));
+    return true;
+}
+
 void TPainterBackend::Stamp(int x, int y, int w, const QColor& c) {
     const int off = w / 2;
     FPainter->fillRect(QRect(x - off, y - off, w, w), c);
 }
 
 // A run of pixels from (x0, y0) to (x1, y1), stamped with the pen; the end pixel only when
-// includeEnd.
+// includeEnd. Only the part that can reach the device is stepped, so the cost follows the
+// pixels drawn whatever the coordinates are.
 void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd) {
     const int w = pen.Width < 1 ? 1 : pen.Width;
     const QColor c = ToQColor(pen.Color);
     const int off = w / 2;
     const auto pattern = DashPattern(pen.Style);
+    const TArea area = ClipArea(w + 2);
     if (pattern.empty() && (x0 == x1 || y0 == y1)) {
+        int64_t ex = x1, ey = y1;
         if (!includeEnd) {
             if (x0 == x1 && y0 == y1)
                 return;
-            x1 -= Sign(x1 - x0);
-            y1 -= Sign(y1 - y0);
+            ex -= Sign(int64_t(x1) - x0);
+            ey -= Sign(int64_t(y1) - y0);
         }
-        const int l = std::min(x0, x1), r = std::max(x0, x1);
-        const int t = std::min(y0, y1), b = std::max(y0, y1);
-        FPainter->fillRect(QRect(l - off, t - off, r - l + w, b - t + w), c);
+        const int64_t l = std::min<int64_t>(x0, ex), r = std::max<int64_t>(x0, ex);
+        const int64_t t = std::min<int64_t>(y0, ey), b = std::max<int64_t>(y0, ey);
+        QRect q;
+        if (ClipToArea(l - off, t - off, r - off + w, b - off + w, area, q))
+            FPainter->fillRect(q, c);
         return;
     }
-    // Bresenham, with the dash pattern counted in steps along the line.
-    const int dx = std::abs(x1 - x0), sx = x0 < x1 ? 1 : -1;
-    const int dy = -std::abs(y1 - y0), sy = y0 < y1 ? 1 : -1;
-    int err = dx + dy;
-    int x = x0, y = y0;
-    size_t run = 0;
-    int left = pattern.empty() ? 0 : pattern[0] * w;
-    for (;;) {
-        const bool atEnd = x == x1 && y == y1;
-        if (atEnd && !includeEnd)
-            break;
-        if (pattern.empty() || run % 2 == 0)
-            Stamp(x, y, w, c);
-        if (!pattern.empty() && --left <= 0) {
-            run = (run + 1) % pattern.size();
-            left = pattern[run] * w;
+    // Bresenham (the error-term form: err = dx - |dy| to start, + dx on a minor step, - |dy| on
+    // a major one). Its pixel at major step k has the closed form used below, so only the steps
+    // whose major coordinate lies within the area are visited, and each gives exactly the pixel
+    // the step-by-step walk from the line's own start would give.
+    const int64_t adx = std::abs(int64_t(x1) - x0), ady = std::abs(int64_t(y1) - y0);
+    const int64_t stepX = x0 < x1 ? 1 : -1, stepY = y0 < y1 ? 1 : -1;
+    const bool xMajor = adx >= ady;
+    const int64_t major = xMajor ? adx : ady, minor = xMajor ? ady : adx;
+    const int64_t majorStart = xMajor ? x0 : y0, majorStep = xMajor ? stepX : stepY;
+    const int64_t lo = xMajor ? area.L : area.T, hi = (xMajor ? area.R : area.B) - 1;
+    // Steps k in [first, last] put the major coordinate within lo..hi.
+    int64_t first = majorStep > 0 ? lo - majorStart : majorStart - hi;
+    int64_t last = majorStep > 0 ? hi - majorStart : majorStart - lo;
+    first = std::max<int64_t>(first, 0);
+    last = std::min<int64_t>(last, includeEnd ? major : major - 1);
+    if (first > last)
+        return;
+    // Minor steps taken by major step k: floor((2 * minor * k + major) / (2 * major)); a
+    // y-major line takes its x step on ties, as the error-term walk does.
+    __extension__ typedef __int128 Wide;
+    auto minorAt = [&](int64_t k) -> int64_t {
+        if (major == 0)
+            return 0;
+        return int64_t((Wide(2) * minor * k + major) / (Wide(2) * major));
+    };
+    int64_t period = 0;
+    for (int v : pattern)
+        period += int64_t(v) * w;
+    for (int64_t k = first; k <= last; ++k) {
+        if (period > 0) {
+            // Dashes are counted in steps from the line's start.
+            int64_t at = k % period;
+            size_t run = 0;
+            while (at >= int64_t(pattern[run]) * w) {
+                at -= int64_t(pattern[run]) * w;
+                ++run;
+            }
+            if (run % 2 != 0)
+                continue;
         }
-        if (atEnd)
-            break;
-        const int e2 = 2 * err;
-        if (e2 >= dy) {
-            err += dy;
-            x += sx;
-        }
-        if (e2 <= dx) {
-            err += dx;
-            y += sy;
-        }
+        const int64_t m = minorAt(k);
+        const int64_t x = xMajor ? x0 + stepX * k : x0 + stepX * m;
+        const int64_t y = xMajor ? y0 + stepY * m : y0 + stepY * k;
+        Stamp(int(x), int(y), w, c);
     }
 }
 
@@ -136,20 +198,27 @@ void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {
 
 void TPainterBackend::Rectangle(const TRect& r0, const TPen& pen, const TBrush& brush) {
     const TRect r = NormalizedRect({r0.Left, r0.Top}, {r0.Right, r0.Bottom});
-    if (r.Width() == 0 || r.Height() == 0)
+    if (r.Left == r.Right || r.Top == r.Bottom)
         return;
     StateGuard g(FPainter);
-    if (brush.Style != bsClear)
-        FPainter->fillRect(QRect(r.Left, r.Top, r.Width(), r.Height()), ToQColor(brush.Color));
+    const int pw = pen.Width < 1 ? 1 : pen.Width;
+    const TArea area = ClipArea(pw + 2);
+    QRect fill;
+    if (!ClipToArea(int64_t(r.Left) - pw, int64_t(r.Top) - pw, int64_t(r.Right) + pw,
+                    int64_t(r.Bottom) + pw, area, fill))
+        return;
+    if (brush.Style != bsClear && ClipToArea(r.Left, r.Top, r.Right, r.Bottom, area, fill))
+        FPainter->fillRect(fill, ToQColor(brush.Color));
     if (pen.Style == psClear)
         return;
     if (!FRaster) {
         QPen qp(ToQColor(pen.Color));
-        qp.setWidth(pen.Width < 1 ? 1 : pen.Width);
+        qp.setWidth(pw);
         qp.setJoinStyle(Qt::MiterJoin);
         FPainter->setPen(qp);
         FPainter->setBrush(Qt::NoBrush);
-        FPainter->drawRect(QRectF(r.Left + 0.5, r.Top + 0.5, r.Width() - 1, r.Height() - 1));
+        FPainter->drawRect(QRectF(r.Left + 0.5, r.Top + 0.5, double(r.Right) - r.Left - 1,
+                                  double(r.Bottom) - r.Top - 1));
         return;
     }
     const int R = r.Right - 1, B = r.Bottom - 1;
@@ -161,24 +230,41 @@ void TPainterBackend::Rectangle(const TRect& r0, const TPen& pen, const TBrush& 
 
 void TPainterBackend::Ellipse(const TRect& r0, const TPen& pen, const TBrush& brush) {
     const TRect r = NormalizedRect({r0.Left, r0.Top}, {r0.Right, r0.Bottom});
-    if (r.Width() == 0 || r.Height() == 0)
+    if (r.Left == r.Right || r.Top == r.Bottom)
+        return;
+    const int pw = pen.Width < 1 ? 1 : pen.Width;
+    QRect seen;
+    if (!ClipToArea(int64_t(r.Left) - pw, int64_t(r.Top) - pw, int64_t(r.Right) + pw,
+                    int64_t(r.Bottom) + pw, ClipArea(pw + 2), seen))
         return;
     StateGuard g(FPainter);
     if (pen.Style == psClear) {
         FPainter->setPen(Qt::NoPen);
     } else {
         QPen qp(ToQColor(pen.Color));
-        qp.setWidth(pen.Width < 1 ? 1 : pen.Width);
+        qp.setWidth(pw);
         FPainter->setPen(qp);
     }
     FPainter->setBrush(brush.Style == bsClear ? QBrush(Qt::NoBrush)
                                               : QBrush(ToQColor(brush.Color)));
-    FPainter->drawEllipse(QRectF(r.Left + 0.5, r.Top + 0.5, r.Width() - 1, r.Height() - 1));
+    FPainter->drawEllipse(QRectF(r.Left + 0.5, r.Top + 0.5, double(r.Right) - r.Left - 1,
+                                 double(r.Bottom) - r.Top - 1));
 }
 
 void TPainterBackend::Polygon(std::span<const TPoint> points, const TPen& pen,
                               const TBrush& brush) {
     if (points.empty())
+        return;
+    int64_t l = points[0].X, t = points[0].Y, r = l, b = t;
+    for (const TPoint& p : points) {
+        l = std::min<int64_t>(l, p.X);
+        t = std::min<int64_t>(t, p.Y);
+        r = std::max<int64_t>(r, p.X);
+        b = std::max<int64_t>(b, p.Y);
+    }
+    const int pw = pen.Width < 1 ? 1 : pen.Width;
+    QRect seen;
+    if (!ClipToArea(l - pw, t - pw, r + pw + 1, b + pw + 1, ClipArea(pw + 2), seen))
         return;
     StateGuard g(FPainter);
     QPolygonF poly;
@@ -198,23 +284,29 @@ void TPainterBackend::Polygon(std::span<const TPoint> points, const TPen& pen,
 
 void TPainterBackend::FillRect(const TRect& r0, const TBrush& brush) {
     const TRect r = NormalizedRect({r0.Left, r0.Top}, {r0.Right, r0.Bottom});
-    if (r.Width() == 0 || r.Height() == 0 || brush.Style == bsClear)
+    if (r.Left == r.Right || r.Top == r.Bottom || brush.Style == bsClear)
+        return;
+    QRect fill;
+    if (!ClipToArea(r.Left, r.Top, r.Right, r.Bottom, ClipArea(0), fill))
         return;
     StateGuard g(FPainter);
-    FPainter->fillRect(QRect(r.Left, r.Top, r.Width(), r.Height()), ToQColor(brush.Color));
+    FPainter->fillRect(fill, ToQColor(brush.Color));
 }
 
 void TPainterBackend::TextOut(TPoint p, const QString& text, const TFont& font,
                               const TBrush& brush) {
-    StateGuard g(FPainter);
     const QFont qf = ToQFont(font);
     const QFontMetrics& fm = FontMetricsOf(font);
+    const int64_t width = FontTextWidth(font, text), height = fm.height();
+    QRect seen;
+    if (!ClipToArea(p.X, p.Y, p.X + width + height, p.Y + height, ClipArea(int(height)), seen))
+        return;
+    StateGuard g(FPainter);
     if (brush.Style != bsClear)
-        FPainter->fillRect(QRect(p.X, p.Y, FontTextWidth(font, text), fm.height()),
-                           ToQColor(brush.Color));
+        FPainter->fillRect(QRect(p.X, p.Y, int(width), int(height)), ToQColor(brush.Color));
     FPainter->setFont(qf);
     FPainter->setPen(ToQColor(font.Color));
-    FPainter->drawText(QPoint(p.X, p.Y + fm.ascent()), text);
+    FPainter->drawText(QPoint(p.X, WrapAdd(p.Y, fm.ascent())), text);
 }
 
 } // namespace vde

@@ -1,10 +1,10 @@
 #include "velDiagEdit/platform/streams.h"
 
 #include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/record_codec.h"
 
 #include <QFile>
 #include <QIODevice>
-#include <QtEndian>
 #include <algorithm>
 #include <cstring>
 
@@ -36,9 +36,16 @@ void TStream::WriteBuffer(const void* buffer, int64_t count) {
 }
 
 int64_t TStream::CopyFrom(TStream& source, int64_t count) {
+    if (count < 0)
+        throw EReadError(QStringLiteral("Cannot copy a negative number of bytes (%1)").arg(count));
     if (count == 0) {
         source.SetPosition(0);
         count = source.Size();
+    } else if (count > source.Remaining()) {
+        throw EReadError(
+            QStringLiteral("Stream read error: %1 bytes wanted at byte offset %2, fewer remain")
+                .arg(count)
+                .arg(source.Position()));
     }
     const int64_t total = count;
     std::vector<uint8_t> buf(size_t(std::min<int64_t>(count, 1 << 16)));
@@ -64,7 +71,7 @@ int32_t TStream::ReadInt32() {
 uint32_t TStream::ReadUInt32() {
     uint8_t b[4];
     ReadBuffer(b, 4);
-    return qFromLittleEndian<uint32_t>(b);
+    return GetLE32(b);
 }
 
 void TStream::WriteByte(uint8_t v) {
@@ -77,7 +84,7 @@ void TStream::WriteInt32(int32_t v) {
 
 void TStream::WriteUInt32(uint32_t v) {
     uint8_t b[4];
-    qToLittleEndian<uint32_t>(v, b);
+    PutLE32(b, v);
     WriteBuffer(b, 4);
 }
 
@@ -96,7 +103,7 @@ QString TStream::ReadStr() {
     ReadBuffer(raw.data(), int64_t(raw.size()));
     QString s(n, Qt::Uninitialized);
     for (int32_t i = 0; i < n; ++i)
-        s[i] = QChar(qFromLittleEndian<uint16_t>(raw.data() + 2 * i));
+        s[i] = QChar(GetLE16(raw.data() + 2 * i));
     return s;
 }
 
@@ -104,11 +111,12 @@ void TStream::WriteStr(const QString& s) {
     WriteInt32(int32_t(s.size()));
     std::vector<uint8_t> raw(size_t(s.size()) * 2);
     for (qsizetype i = 0; i < s.size(); ++i)
-        qToLittleEndian<uint16_t>(s[i].unicode(), raw.data() + 2 * i);
+        PutLE16(raw.data() + 2 * i, s[i].unicode());
     WriteBuffer(raw.data(), int64_t(raw.size()));
 }
 
-int32_t TStream::ReadCount(const char* what, int64_t elementSize, bool negativeIsEmpty) {
+int32_t TStream::ReadCount(const char* what, int64_t elementSize, bool negativeIsEmpty,
+                           int32_t maxCount) {
     const int64_t at = Position();
     const int32_t n = ReadInt32();
     if (n < 0 && negativeIsEmpty)
@@ -116,7 +124,13 @@ int32_t TStream::ReadCount(const char* what, int64_t elementSize, bool negativeI
     if (n < 0)
         throw EFormatError(
             QStringLiteral("%1 %2 is negative").arg(QString::fromLatin1(what)).arg(n), at);
-    if (int64_t(n) * elementSize > Remaining())
+    if (n > maxCount)
+        throw EFormatError(QStringLiteral("%1 %2 is more than the %3 that can be addressed")
+                               .arg(QString::fromLatin1(what))
+                               .arg(n)
+                               .arg(maxCount),
+                           at);
+    if (elementSize > 0 && int64_t(n) * elementSize > Remaining())
         throw EFormatError(
             QStringLiteral("%1 %2 is larger than the %3 bytes that remain could hold")
                 .arg(QString::fromLatin1(what))

@@ -33,6 +33,8 @@ public:
     void ReadBuffer(void* buffer, int64_t count);
     void WriteBuffer(const void* buffer, int64_t count);
     // Copies Count bytes from Source's position; Count 0 copies all of Source from its start.
+    // A negative Count, or one larger than what Source has left, is an EReadError before
+    // anything is copied.
     int64_t CopyFrom(TStream& source, int64_t count);
 
     uint8_t ReadByte();
@@ -44,10 +46,13 @@ public:
     // Str: Int count of UTF-16 units, then the units; a count <= 0 reads as the empty string.
     QString ReadStr();
     void WriteStr(const QString& s);
-    // A count of records of elementSize bytes each: an EFormatError naming `what` and the offset
-    // when it announces more records than the remaining bytes could hold, or when it is negative
-    // (unless negativeIsEmpty, for formats where a count <= 0 means no records; 0 is returned).
-    int32_t ReadCount(const char* what, int64_t elementSize, bool negativeIsEmpty = false);
+    // The one reader of a count of records of elementSize bytes each. An EFormatError naming
+    // `what` and the offset when the count is negative (unless negativeIsEmpty, for formats
+    // where a count <= 0 means no records: 0 is returned), when it is above maxCount, or when
+    // it announces more records than the remaining bytes could hold (elementSize 0 skips that
+    // test, for a reader that keeps what it read before the stream runs out).
+    int32_t ReadCount(const char* what, int64_t elementSize, bool negativeIsEmpty = false,
+                      int32_t maxCount = INT32_MAX);
 };
 
 class VELDIAGEDIT_EXPORT TMemoryStream : public TStream {

@@ -7,6 +7,21 @@
 
 namespace vde {
 
+// The one set of wrapping helpers: arithmetic on coordinates that may come from a stream, a
+// dialog or a host wraps as 32-bit two's complement integers do, instead of overflowing.
+inline int32_t WrapAdd(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+inline int32_t WrapSub(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+inline int32_t WrapMul(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
+}
+inline int32_t WrapNeg(int32_t a) {
+    return static_cast<int32_t>(0u - static_cast<uint32_t>(a));
+}
+
 struct TPoint {
     int32_t X = 0;
     int32_t Y = 0;
@@ -18,8 +33,8 @@ struct TRect {
     int32_t Top = 0;
     int32_t Right = 0;
     int32_t Bottom = 0;
-    int32_t Width() const { return Right - Left; }
-    int32_t Height() const { return Bottom - Top; }
+    int32_t Width() const { return WrapSub(Right, Left); }
+    int32_t Height() const { return WrapSub(Bottom, Top); }
     friend bool operator==(const TRect&, const TRect&) = default;
 };
 
@@ -37,15 +52,6 @@ struct LongRec {
 using TColor = uint32_t;
 
 using TPoints = std::vector<TPoint>;
-
-// Arithmetic on values that may come from a stream wraps as 32-bit integers do, instead of
-// overflowing.
-inline int32_t WrapAdd(int32_t a, int32_t b) {
-    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
-}
-inline int32_t WrapSub(int32_t a, int32_t b) {
-    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
-}
 
 inline TPoint Point(int32_t x, int32_t y) {
     return {x, y};
@@ -94,10 +100,10 @@ inline TRect NormalizedRect(TPoint a, TPoint b) {
 }
 
 inline void InflateRect(TRect& r, int32_t dx, int32_t dy) {
-    r.Left -= dx;
-    r.Top -= dy;
-    r.Right += dx;
-    r.Bottom += dy;
+    r.Left = WrapSub(r.Left, dx);
+    r.Top = WrapSub(r.Top, dy);
+    r.Right = WrapAdd(r.Right, dx);
+    r.Bottom = WrapAdd(r.Bottom, dy);
 }
 
 // Bounds inclusive, as the segment hit tests want.

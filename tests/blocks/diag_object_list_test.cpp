@@ -3,10 +3,11 @@
 #include "blocks/block_test_util.h"
 #include "velDiagEdit/blocks/diag_rs_trigger.h"
 #include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/platform/errors.h"
 
 #include <QPointer>
 #include <gtest/gtest.h>
-#include <new>
+#include <memory>
 #include <set>
 
 using namespace vde;
@@ -100,9 +101,13 @@ TEST_F(DiagObjectListTest, NewBlocksGetTheParentCanvas) {
 
 // --- keys
 
-TEST_F(DiagObjectListTest, NewBlockTakesItsAddressAsKey) {
-    TDiagObject* o = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
-    EXPECT_EQ(o->GetObjKey(), static_cast<TObjKey>(reinterpret_cast<uintptr_t>(o)));
+TEST_F(DiagObjectListTest, NewBlocksAreKeyedOneTwoThreeInTheOrderTheyAreMade) {
+    TDiagObject* a = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    TDiagObject* b = List.CreateObjByDiagType(doAndLogic, {0, 0, 60, 100});
+    TDiagObject* c = List.CreateObjByDiagType(doOrLogic, {0, 0, 60, 100});
+    EXPECT_EQ(a->GetObjKey(), 1u);
+    EXPECT_EQ(b->GetObjKey(), 2u);
+    EXPECT_EQ(c->GetObjKey(), 3u);
 }
 
 TEST_F(DiagObjectListTest, NewBlocksHaveDistinctKeys) {
@@ -113,26 +118,22 @@ TEST_F(DiagObjectListTest, NewBlocksHaveDistinctKeys) {
     EXPECT_EQ(keys.size(), 20u);
 }
 
-// A text block that always lives at one known address, so that the key it takes as a new
-// block is known before it is made.
-alignas(std::max_align_t) unsigned char gSlot[8192];
-
-class TSlotText : public TDiagText {
-public:
-    using TDiagText::TDiagText;
-    static void* operator new(size_t n) {
-        if (n > sizeof gSlot)
-            throw std::bad_alloc();
-        return gSlot;
-    }
-    static void operator delete(void*) {}
-};
-
-TObjKey SlotKey() {
-    return static_cast<TObjKey>(reinterpret_cast<uintptr_t>(gSlot));
+TEST_F(DiagObjectListTest, TheSameDiagramBuiltTwiceSavesToTheSameBytes) {
+    auto build = [](TDiagObjectList& l) {
+        l.CreateObjByDiagType(doText, {10, 10, 160, 60});
+        TDiagObject* g = l.CreateObjByDiagType(doAndLogic, {200, 10, 260, 110});
+        l.CreateObjByDiagType(doRSTrigger, {300, 10, 400, 210});
+        l.DeleteObject(g, true);
+        l.CreateObjByDiagType(doOrLogic, {200, 150, 260, 250});
+    };
+    QWidget otherParent;
+    TDiagObjectList other(&otherParent);
+    build(List);
+    build(other);
+    EXPECT_EQ(Saved(List), Saved(other));
 }
 
-// A list record of text blocks with the given keys.
+// A list record of text blocks with the given keys; each record is 37 bytes.
 std::vector<uint8_t> TextBlocksWithKeys(const std::vector<TObjKey>& keys) {
     Bytes b;
     b.i32(int32_t(keys.size()));
@@ -151,28 +152,72 @@ TEST_F(DiagObjectListTest, LoadedBlockKeepsTheStoredKey) {
     EXPECT_EQ(List[0]->GetObjKey(), 0x12345678u);
     EXPECT_EQ(List[1]->GetObjKey(), 0xFEDCBA98u);
     EXPECT_EQ(List.FindObjByKey(0xFEDCBA98u), List[1]);
+    EXPECT_EQ(List.FindObjByKey(0x12345678u), List[0]);
 }
 
-TEST_F(DiagObjectListTest, NewBlockKeyDiffersFromLoadedKeys) {
-    // The stream holds the very key the next block would take from its address, and the next
-    // value after it.
-    TMemoryStream s(TextBlocksWithKeys({SlotKey(), SlotKey() + 1}));
+TEST_F(DiagObjectListTest, NewBlockKeySkipsTheKeysLoadedFromAStream) {
+    // Loading made (and re-keyed) two blocks; new keys go on past those in use.
+    TMemoryStream s(TextBlocksWithKeys({2, 3}));
     List.LoadFromStream(s, [](QObject*) {});
-    ASSERT_EQ(List.Count(), 2);
-    ASSERT_EQ(List[0]->GetObjKey(), SlotKey());
-    auto* b = new TSlotText(&List, 0, 0, 50, 50, QStringLiteral("x"), 0, 0, true);
-    ASSERT_EQ(static_cast<void*>(b), static_cast<void*>(gSlot));
-    EXPECT_NE(b->GetObjKey(), SlotKey());
-    EXPECT_NE(b->GetObjKey(), SlotKey() + 1);
-    EXPECT_NE(b->GetObjKey(), 0u);
+    TDiagObject* a = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    TDiagObject* b = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    EXPECT_NE(a->GetObjKey(), 2u);
+    EXPECT_NE(a->GetObjKey(), 3u);
+    EXPECT_NE(b->GetObjKey(), 2u);
+    EXPECT_NE(b->GetObjKey(), 3u);
+    EXPECT_NE(a->GetObjKey(), b->GetObjKey());
+    EXPECT_NE(a->GetObjKey(), 0u);
+    EXPECT_EQ(List.FindObjByKey(a->GetObjKey()), a);
     EXPECT_EQ(List.FindObjByKey(b->GetObjKey()), b);
-    List.DeleteObject(b, true);
+    EXPECT_EQ(List.FindObjByKey(2), List[0]);
 }
 
-TEST_F(DiagObjectListTest, NewBlockTakesItsAddressKeyWhenItIsFree) {
-    auto* b = new TSlotText(&List, 0, 0, 50, 50, QStringLiteral("x"), 0, 0, true);
-    EXPECT_EQ(b->GetObjKey(), SlotKey());
-    List.DeleteObject(b, true);
+TEST_F(DiagObjectListTest, ClearStartsNewKeysAgainFromOne) {
+    List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    List.Clear();
+    EXPECT_EQ(List.CreateObjByDiagType(doText, {0, 0, 50, 50})->GetObjKey(), 1u);
+}
+
+TEST_F(DiagObjectListTest, DuplicateKeyInAStreamIsAFormatErrorAtTheSecondKey) {
+    for (TObjKey key : {TObjKey(5), TObjKey(0)}) {
+        SCOPED_TRACE(key);
+        TMemoryStream s(TextBlocksWithKeys({key, 9, key}));
+        int events = 0;
+        try {
+            List.LoadFromStream(s, [&events](QObject*) { ++events; });
+            ADD_FAILURE() << "no error";
+        } catch (const EFormatError& e) {
+            // Count (4) and two records of 37 bytes; the key is the record's last 4 bytes.
+            EXPECT_EQ(e.Offset(), 4 + 2 * 37 + 33);
+        }
+        ASSERT_EQ(List.Count(), 2);
+        EXPECT_EQ(events, 2);
+        EXPECT_EQ(List.FindObjByKey(key), List[0]);
+    }
+}
+
+TEST_F(DiagObjectListTest, FindObjByKeyFollowsSetObjKey) {
+    TDiagObject* a = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    TDiagObject* b = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    b->SetObjKey(500);
+    EXPECT_EQ(List.FindObjByKey(500), b);
+    EXPECT_EQ(List.FindObjByKey(2), nullptr);
+    a->SetObjKey(2);
+    EXPECT_EQ(List.FindObjByKey(2), a);
+    EXPECT_EQ(List.FindObjByKey(1), nullptr);
+}
+
+TEST_F(DiagObjectListTest, FindObjByKeyFindsTheSecondHolderOnceTheFirstIsGone) {
+    TDiagObject* a = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    TDiagObject* b = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    TDiagObject* c = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
+    c->SetObjKey(40);
+    a->SetObjKey(40); // the earlier block now holds it too
+    EXPECT_EQ(List.FindObjByKey(40), a);
+    List.DeleteObject(a, true);
+    EXPECT_EQ(List.FindObjByKey(40), c);
+    EXPECT_EQ(List.FindObjByKey(b->GetObjKey()), b);
 }
 
 // --- lookup, deletion, selection
@@ -229,13 +274,15 @@ TEST_F(DiagObjectListTest, DeleteObjectWithoutFreeHandsTheBlockToTheCaller) {
     TDiagObject* a = List.CreateObjByDiagType(doText, {0, 0, 50, 50});
     int events = 0;
     List.SetOnDeleteObject([&](QObject*) { ++events; });
-    List.DeleteObject(a, false);
+    QPointer<TDiagObject> watch(a);
+    std::unique_ptr<TDiagObject> mine = List.DeleteObject(a, false);
     EXPECT_EQ(events, 1);
     EXPECT_EQ(List.Count(), 0);
-    QPointer<TDiagObject> watch(a);
+    EXPECT_EQ(mine.get(), a);
     EXPECT_FALSE(watch.isNull());
     EXPECT_EQ(a->FOwner, nullptr);
-    delete a;
+    mine.reset();
+    EXPECT_TRUE(watch.isNull());
     EXPECT_EQ(List.Count(), 0);
 }
 

@@ -227,7 +227,7 @@ TEST_F(HitTest, ListCanvasGetsTheConnectionPen) {
     canvas.Pen.Color = 0x00FF00;
     TDiagConnectList list(&canvas);
     EXPECT_EQ(list.GetCanvas(), &canvas);
-    EXPECT_FALSE(list.FreeCanvas);
+    EXPECT_FALSE(list.GetFreeCanvas());
     EXPECT_EQ(canvas.Pen.Width, 2);
     EXPECT_EQ(canvas.Pen.Color, 0u);
 }

@@ -174,7 +174,7 @@ TEST(ImagePaint, ListOverAnImageDrawsWithACanvasOfItsOwn) {
     QImage img = WhiteImage(100, 60);
     {
         TDiagConnectList cl(&img);
-        EXPECT_TRUE(cl.FreeCanvas);
+        EXPECT_TRUE(cl.GetFreeCanvas());
         ASSERT_NE(cl.GetCanvas(), nullptr);
         EXPECT_EQ(cl.GetCanvas()->Handle(), &img);
         EXPECT_EQ(cl.GetCanvas()->Pen.Width, 2);

@@ -1,10 +1,13 @@
 // Writes the seed corpus: valid block-list and connection-list streams, each prefixed with the
-// byte that picks its reader. Run once; the files are kept in tests/fuzz/corpus.
+// byte that picks its reader (tests/fuzz/corpus), and whole diagrams, a block list then a
+// connection list then operation bytes (tests/fuzz/corpus/diagram). Run once; the files are
+// kept in the repository.
 #include "velDiagEdit/blocks/diag_object_list.h"
 #include "velDiagEdit/blocks/diag_text.h"
 #include "velDiagEdit/connections/diag_connect_list.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 
 using namespace vde;
@@ -15,6 +18,18 @@ static void Save(const QString& dir, const QString& name, uint8_t selector,
     f.open(QIODevice::WriteOnly | QIODevice::Truncate);
     f.putChar(char(selector));
     f.write(reinterpret_cast<const char*>(s.Memory()), qint64(s.Bytes().size()));
+}
+
+static void SaveDiagram(const QString& dir, const QString& name, const TDiagObjectList& blocks,
+                        const TDiagConnectList& wires, const QByteArray& ops) {
+    QDir().mkpath(dir + QStringLiteral("/diagram"));
+    QFile f(dir + QStringLiteral("/diagram/") + name);
+    f.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    TMemoryStream s;
+    blocks.SaveToStream(s);
+    wires.SaveToStream(s);
+    f.write(reinterpret_cast<const char*>(s.Memory()), qint64(s.Bytes().size()));
+    f.write(ops);
 }
 
 int main(int argc, char** argv) {
@@ -50,6 +65,12 @@ int main(int argc, char** argv) {
         wires.SaveToStream(s);
         Save(dir, QStringLiteral("wires-three.bin"), 1, s);
     }
+    // Every operation once on the three wires, then a few again.
+    QByteArray ops;
+    for (char op = 0; op < 12; ++op)
+        ops.append(op).append(char(op % 4)).append(char(1)).append(char(2)).append(char(70));
+    ops.append(QByteArray::fromHex("0200ff7f7f7f7f0600010501010a0202"));
+    SaveDiagram(dir, QStringLiteral("diagram-three-wires.bin"), blocks, wires, ops);
     TDiagConnectList none(static_cast<TCanvas*>(nullptr));
     {
         TMemoryStream s;
