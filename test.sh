@@ -6,6 +6,10 @@ cd "$(dirname "$0")"
 source scripts/deps.sh
 vde_ensure_packages
 export QT_QPA_PLATFORM=offscreen
+# A throwaway PostgreSQL server for the storage tests (VDE_PG_URL), removed on exit.
+pg_env=$(scripts/pg_test_server.sh start)
+eval "$pg_env"
+trap 'scripts/pg_test_server.sh stop "$VDE_PG_DIR"' EXIT
 
 total_pass=0
 total_fail=0

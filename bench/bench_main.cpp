@@ -1,4 +1,6 @@
 // Benchmarks run inside a QApplication (blocks are widgets) on the offscreen platform.
+#include "bench_cleanup.h"
+
 #include <QApplication>
 #include <benchmark/benchmark.h>
 
@@ -11,5 +13,6 @@ int main(int argc, char** argv) {
         return 1;
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    RunBenchCleanups();
     return 0;
 }

@@ -1,5 +1,7 @@
 #include "velDiagEdit/commands/diag_actions_list.h"
 
+#include "velDiagEdit/commands/table_diag_actions.h"
+
 namespace vde {
 
 namespace {
@@ -71,9 +73,12 @@ void TDiagActionsList::Clear() {
 }
 
 std::unique_ptr<TdmDiagActions> TDiagActionsList::NewDiagActions() {
-    if (FDataStore && !FModuleName.isEmpty() && TableFactory())
-        if (auto module = TableFactory()(FOwner.data(), FDataStore, FModuleName))
-            return module;
+    if (FDataStore && !FModuleName.isEmpty()) {
+        if (TableFactory())
+            if (auto module = TableFactory()(FOwner.data(), FDataStore, FModuleName))
+                return module;
+        return std::make_unique<TdmTableDiagActions>(FOwner.data(), FDataStore, FModuleName);
+    }
     return std::make_unique<TdmDiagActions>(FOwner.data());
 }
 

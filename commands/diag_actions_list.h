@@ -6,8 +6,8 @@
 // none here and are skipped.
 //
 // A module is a plain file-based TdmDiagActions unless the list was given a dataset and a module
-// name; then the table-storage factory (SetTableDiagActionsFactory) makes it. Until a table
-// storage is installed there, such a list makes file-based modules as well.
+// name; then it is a TdmTableDiagActions on that dataset, or what the factory installed with
+// SetTableDiagActionsFactory makes instead.
 
 #include "velDiagEdit/commands/diag_actions.h"
 #include "velDiagEdit/velDiagEdit_export.h"

@@ -1,5 +1,7 @@
 #include "velDiagEdit/package/diag_package.h"
 
+#include "velDiagEdit/commands/table_diag_actions.h"
+
 #include <QCoreApplication>
 #include <QPointer>
 #include <memory>
@@ -12,7 +14,6 @@ struct TPackageState {
     std::unique_ptr<TDiagActionsList> DiagActionsList;
     // Watched, so that a module freed with its list reads as none.
     QPointer<TdmDiagActions> CurrentDiagActions;
-    QString DataFieldSuffix;
 
     ~TPackageState() {
         // A host that did not free the list: at program exit its widgets may be gone with the
@@ -60,7 +61,8 @@ void CreateDiagActionsList(QObject* AOwner, TDataSet* ADataStore, const QString&
     if (State().DiagActionsList)
         return;
     State().DiagActionsList = std::make_unique<TDiagActionsList>(AOwner, ADataStore, AModuleName);
-    State().DataFieldSuffix = AFieldSuffix;
+    // Kept beside the table storage, which names its data column by it.
+    SetDataFieldSuffix(AFieldSuffix);
 }
 
 void FreeDiagActionsList() {
@@ -132,10 +134,6 @@ TDiagActionsList* GetDiagActionsList() {
 
 TdmDiagActions* GetCurrentDiagActions() {
     return State().CurrentDiagActions.data();
-}
-
-QString GetDataFieldSuffix() {
-    return State().DataFieldSuffix;
 }
 
 } // namespace vde

@@ -19,6 +19,7 @@
 
 #include "velDiagEdit/commands/diag_actions.h"
 #include "velDiagEdit/commands/diag_actions_list.h"
+#include "velDiagEdit/commands/table_diag_actions.h"
 #include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QObject>
@@ -69,6 +70,6 @@ VELDIAGEDIT_EXPORT QWidget* GetCurrentNodeControl();
 VELDIAGEDIT_EXPORT TDiagActionsList* GetDiagActionsList();
 // The module of the last create-and-load call; none once it is freed.
 VELDIAGEDIT_EXPORT TdmDiagActions* GetCurrentDiagActions();
-VELDIAGEDIT_EXPORT QString GetDataFieldSuffix();
+// GetDataFieldSuffix() is declared with the table storage (commands/table_diag_actions.h).
 
 } // namespace vde
