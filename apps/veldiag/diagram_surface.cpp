@@ -2,7 +2,8 @@
 
 #include <velDiagEdit/platform/dialog_service.h>
 
-#include <QBuffer>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QPalette>
@@ -62,6 +63,13 @@ vde::TMemoryStream StreamOf(const QByteArray& bytes) {
     return vde::TMemoryStream(std::vector<uint8_t>(bytes.begin(), bytes.end()));
 }
 
+// Every new widget asks to be polished with a posted event, and every widget that goes scans the
+// posted events for its own: with ten thousand blocks made and later freed that is quadratic.
+// The panel is never shown and blocks draw without the style, so the requests are dropped.
+void DropPolishRequests() {
+    QCoreApplication::removePostedEvents(nullptr, QEvent::PolishRequest);
+}
+
 } // namespace
 
 DiagramForm FormByExtension(const QString& fileName) {
@@ -94,6 +102,7 @@ void DiagramSurface::LoadBinaryOnce(const QByteArray& bytes) {
     const vde::TScopedDialogService scope(&recorder);
     vde::TMemoryStream stream = StreamOf(bytes);
     FContainer->LoadFromStream(stream);
+    DropPolishRequests();
     if (!recorder.Messages.isEmpty())
         throw vde::EFormatError(recorder.Messages.join(QStringLiteral("; ")), 0);
 }
@@ -166,6 +175,7 @@ void DiagramSurface::LoadFile(const QString& fileName, DiagramForm form) {
         throw vde::EFOpenError(
             QStringLiteral("Cannot open file \"%1\": no such file").arg(fileName));
     FContainer->LoadDiagramFromText(fileName);
+    DropPolishRequests();
 }
 
 QByteArray DiagramSurface::SaveBinary() {
