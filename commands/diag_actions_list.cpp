@@ -115,8 +115,9 @@ void TDiagActionsList::SaveDiagrams() {
 }
 
 void TDiagActionsList::EnableDesignMode(bool Enable) {
+    // A module whose surface the host took away has no design mode to switch.
     for (int i = 0; i < Count(); ++i)
-        if (TdmDiagActions* module = Objects(i))
+        if (TdmDiagActions* module = Objects(i); module && module->DiagContr)
             module->SetDesignMode(Enable);
 }
 

@@ -13,8 +13,10 @@
 
 namespace vde::test {
 
+// The source tree's examples/ (VDE_EXAMPLES_DIR in the environment overrides it).
 inline QString ExamplesDir() {
-    return qEnvironmentVariable("VDE_SOURCE_DIR") + QStringLiteral("/examples");
+    const QString env = qEnvironmentVariable("VDE_EXAMPLES_DIR");
+    return env.isEmpty() ? QStringLiteral(VDE_EXAMPLES_DIR) : env;
 }
 
 inline QStringList ExampleFiles(const QString& suffix) {

@@ -455,3 +455,18 @@ TEST_F(PackageFixture, TheOwnerGoingFirstLeavesTheListWithNothingToFree) {
     EnableDesignMode(true, true);
     EXPECT_TRUE(DiagramFiles().isEmpty());
 }
+
+TEST_F(PackageFixture, DesignModeForAllPassesOverADiagramWithoutSurface) {
+    CreateDiagActionsList(&owner);
+    TdmDiagActions* l =
+        CreateAndLoadDiagActions(QStringLiteral("Left"), &left.panel, &left.canvas, false);
+    TdmDiagActions* r =
+        CreateAndLoadDiagActions(QStringLiteral("Right"), &right.panel, &right.canvas, false);
+    l->FreeContainer();
+    EnableDesignMode(true, true);
+    EXPECT_TRUE(r->GetDesignMode());
+    EXPECT_FALSE(l->GetDesignMode());
+    EXPECT_EQ(CreateAndLoadDiagActions(QStringLiteral("Right"), &right.panel, &right.canvas, false),
+              r);
+    EXPECT_FALSE(r->GetDesignMode());
+}
