@@ -1,0 +1,109 @@
+#include "cli_support.h"
+
+#include <velDiagEdit/platform/errors.h>
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <cstdio>
+
+namespace veldiag {
+
+QString ErrorTypeName(const std::exception& e) {
+    using namespace vde;
+    // Most derived first.
+    if (dynamic_cast<const EFormatError*>(&e))
+        return QStringLiteral("EFormatError");
+    if (dynamic_cast<const EFOpenError*>(&e))
+        return QStringLiteral("EFOpenError");
+    if (dynamic_cast<const EFCreateError*>(&e))
+        return QStringLiteral("EFCreateError");
+    if (dynamic_cast<const EReadError*>(&e))
+        return QStringLiteral("EReadError");
+    if (dynamic_cast<const EWriteError*>(&e))
+        return QStringLiteral("EWriteError");
+    if (dynamic_cast<const EStreamError*>(&e))
+        return QStringLiteral("EStreamError");
+    if (dynamic_cast<const EConvertError*>(&e))
+        return QStringLiteral("EConvertError");
+    if (dynamic_cast<const EListError*>(&e))
+        return QStringLiteral("EListError");
+    if (dynamic_cast<const EInvalidCast*>(&e))
+        return QStringLiteral("EInvalidCast");
+    if (dynamic_cast<const EComponentError*>(&e))
+        return QStringLiteral("EComponentError");
+    if (dynamic_cast<const EDatabaseError*>(&e))
+        return QStringLiteral("EDatabaseError");
+    if (dynamic_cast<const EInvalidOperation*>(&e))
+        return QStringLiteral("EInvalidOperation");
+    if (dynamic_cast<const Exception*>(&e))
+        return QStringLiteral("Exception");
+    return QStringLiteral("error");
+}
+
+QString ErrorText(const std::exception& e) {
+    if (const auto* ve = dynamic_cast<const vde::Exception*>(&e))
+        return ve->Message();
+    return QString::fromLocal8Bit(e.what());
+}
+
+void Out(const QString& line) {
+    const QByteArray b = line.toUtf8();
+    std::fwrite(b.constData(), 1, size_t(b.size()), stdout);
+    std::fputc('\n', stdout);
+}
+
+void Err(const QString& line) {
+    const QByteArray b = line.toUtf8();
+    std::fwrite(b.constData(), 1, size_t(b.size()), stderr);
+    std::fputc('\n', stderr);
+}
+
+void ParseCommand(QCommandLineParser& parser, const QStringList& args, int minPositional,
+                  int maxPositional) {
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    const QCommandLineOption help = parser.addHelpOption();
+    if (!parser.parse(args))
+        throw UsageError(parser.errorText());
+    if (parser.isSet(help)) {
+        // The usage line names the command, not the program's path.
+        QString helpText = parser.helpText();
+        const qsizetype eol = helpText.indexOf(QLatin1Char('\n'));
+        const qsizetype opts = helpText.indexOf(QLatin1String(" [options]"));
+        if (helpText.startsWith(QLatin1String("Usage: ")) && opts > 0 && opts < eol)
+            helpText.replace(7, opts - 7, args.at(0));
+        const QByteArray text = helpText.toUtf8();
+        std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
+        std::fflush(stdout);
+        std::exit(kExitOk);
+    }
+    const qsizetype n = parser.positionalArguments().size();
+    if (n < minPositional)
+        throw UsageError(QStringLiteral("missing argument (see --help)"));
+    if (maxPositional >= 0 && n > maxPositional)
+        throw UsageError(QStringLiteral("unexpected argument \"%1\" (see --help)")
+                             .arg(parser.positionalArguments().at(maxPositional)));
+}
+
+void WriteFileAtomically(const QString& fileName, const std::function<void(QIODevice&)>& write) {
+    QSaveFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly))
+        throw vde::EFCreateError(
+            QStringLiteral("Cannot create file \"%1\": %2").arg(fileName, file.errorString()));
+    // An error while writing leaves the QSaveFile uncommitted: its destructor removes the
+    // temporary file and the target stays as it was.
+    write(file);
+    if (!file.commit())
+        throw vde::EFCreateError(
+            QStringLiteral("Cannot write file \"%1\": %2").arg(fileName, file.errorString()));
+}
+
+void WriteFileAtomically(const QString& fileName, const QByteArray& bytes) {
+    WriteFileAtomically(fileName, [&](QIODevice& d) {
+        if (d.write(bytes) != bytes.size())
+            throw vde::EWriteError(
+                QStringLiteral("Cannot write file \"%1\": %2").arg(fileName, d.errorString()));
+    });
+}
+
+} // namespace veldiag

@@ -1,0 +1,55 @@
+#pragma once
+// What every command of the tool shares: exit statuses, the way errors are named on stderr,
+// writing an output file atomically, and the parser set-up with the help of each command.
+
+#include <QByteArray>
+#include <QCommandLineParser>
+#include <QString>
+#include <QStringList>
+#include <exception>
+#include <functional>
+
+class QIODevice;
+
+namespace veldiag {
+
+// 0: done; 1: the input or the work failed (a diagram that does not load, a database error);
+// 2: the command line itself was wrong.
+constexpr int kExitOk = 0;
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+// Raised for a wrong command line; main prints the message and the command's usage line.
+class UsageError : public std::exception {
+public:
+    explicit UsageError(QString message) : FMessage(std::move(message)) {}
+    const QString& Message() const { return FMessage; }
+    const char* what() const noexcept override { return "usage error"; }
+
+private:
+    QString FMessage;
+};
+
+// The typed error's class name ("EFormatError", "EConvertError", ...) and its message; plain
+// standard exceptions give "error".
+QString ErrorTypeName(const std::exception& e);
+QString ErrorText(const std::exception& e);
+
+// Lines on stdout and stderr (UTF-8, one line each).
+void Out(const QString& line);
+void Err(const QString& line);
+
+// A parser for one command: its description, --help, and the given options. Parses args
+// (args[0] is the program and command, "veldiag render"); --help prints the command's help and
+// exits 0; unknown options or a wrong number of positional arguments raise UsageError.
+void ParseCommand(QCommandLineParser& parser, const QStringList& args, int minPositional,
+                  int maxPositional);
+
+// Writes the file through QSaveFile: the bytes go to a temporary file beside it that replaces
+// the target only when `write` has returned and everything was written, so a failed or
+// interrupted command never leaves a partial output behind. `write` draws or copies into the
+// device. Raises vde::EFCreateError naming the file and the reason.
+void WriteFileAtomically(const QString& fileName, const std::function<void(QIODevice&)>& write);
+void WriteFileAtomically(const QString& fileName, const QByteArray& bytes);
+
+} // namespace veldiag

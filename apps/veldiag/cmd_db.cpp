@@ -1,0 +1,261 @@
+// veldiag db: diagrams between files and a host's configuration table. The record of a
+// diagram is found exactly as the table storage module finds it (its own key builder makes the
+// "Section;Key" fields and the "frmMain.<tab>.<name>|DiagramChart" values), and its blob column
+// is "BinData", or "BinData_" + suffix. The bytes move unchanged through the blob codec; both
+// directions check that they are a diagram before anything is written.
+#include "cli_support.h"
+#include "commands.h"
+#include "diagram_surface.h"
+
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <algorithm>
+
+namespace veldiag {
+
+namespace {
+
+const QString kConnection = QStringLiteral("veldiag");
+
+// The options every db subcommand takes.
+struct DbOptions {
+    QCommandLineOption Database{QStringLiteral("database"),
+                                QStringLiteral("sqlite:PATH or postgresql://USER@HOST:PORT/DB, "
+                                               "optionally with ?table=NAME."),
+                                QStringLiteral("URL")};
+    QCommandLineOption Table{QStringLiteral("table"),
+                             QStringLiteral("The configuration table (default: the URL's "
+                                            "?table=, else Config)."),
+                             QStringLiteral("NAME")};
+    QCommandLineOption Tab{QStringLiteral("tab"),
+                           QStringLiteral("The tab part of the section (default frmConfig)."),
+                           QStringLiteral("TAB"), QStringLiteral("frmConfig")};
+    QCommandLineOption Suffix{QStringLiteral("suffix"),
+                              QStringLiteral("The data column is BinData_SUFFIX (default: "
+                                             "BinData)."),
+                              QStringLiteral("SUFFIX")};
+    void AddTo(QCommandLineParser& p) const { p.addOptions({Database, Table, Tab, Suffix}); }
+};
+
+// An open connection and the table, for the lifetime of one command.
+class Table {
+public:
+    Table(const QCommandLineParser& p, const DbOptions& o) {
+        if (!p.isSet(o.Database))
+            throw UsageError(QStringLiteral("no database given (--database URL)"));
+        const vde::TDatabaseUrl url = vde::ParseDatabaseUrl(p.value(o.Database));
+        QString table = p.isSet(o.Table) ? p.value(o.Table) : url.TableName;
+        if (table.isEmpty())
+            table = QStringLiteral("Config");
+        {
+            QSqlDatabase db = vde::AddDatabase(url, kConnection);
+            if (!db.open())
+                throw vde::EDatabaseError(
+                    QStringLiteral("Cannot open the database: %1").arg(db.lastError().text()));
+        }
+        FData = std::make_unique<vde::TDataSet>(kConnection, table);
+        FData->Open();
+        vde::SetDataFieldSuffix(p.value(o.Suffix));
+        FTab = p.value(o.Tab);
+    }
+    ~Table() {
+        FData.reset();
+        {
+            QSqlDatabase db = QSqlDatabase::database(kConnection, false);
+            if (db.isOpen())
+                db.close();
+        }
+        QSqlDatabase::removeDatabase(kConnection);
+    }
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
+
+    vde::TDataSet& Data() { return *FData; }
+    const QString& Tab() const { return FTab; }
+
+    // The key fields and values of the diagram, made by the table storage module itself.
+    std::pair<QString, QString> Keys(const QString& name) {
+        vde::TdmTableDiagActions module(nullptr, FData.get(), QStringLiteral("veldiag"));
+        module.FTabName = FTab;
+        module.GenKeyFieldsAndValues(name);
+        return {module.KeyFields, module.KeyValues};
+    }
+
+    vde::TField& DataField() {
+        const QString name = vde::DataFieldName();
+        vde::TField* f = FData->FindField(name);
+        if (!f || !f->IsBlob())
+            throw vde::EDatabaseError(QStringLiteral("Table \"%1\" has no blob column \"%2\"")
+                                          .arg(FData->TableName(), name));
+        return *f;
+    }
+
+private:
+    std::unique_ptr<vde::TDataSet> FData;
+    QString FTab;
+};
+
+void CheckName(const QString& name) {
+    if (name.isEmpty() || name.contains(QLatin1Char('|')))
+        throw UsageError(QStringLiteral("diagram name \"%1\" is empty or holds \"|\"").arg(name));
+}
+
+QVariantList Values(const QString& keyValues) {
+    QVariantList v;
+    for (const QString& s : keyValues.split(QLatin1Char('|')))
+        v << s;
+    return v;
+}
+
+int Get(const QStringList& args) {
+    QCommandLineParser parser;
+    DbOptions o;
+    parser.setApplicationDescription(QStringLiteral(
+        "Writes the diagram NAME of the table into the binary file OUT, byte for byte as "
+        "stored. A missing record, an empty column or bytes that are not a diagram are errors "
+        "and write nothing; the table is not changed."));
+    parser.addPositionalArgument(QStringLiteral("NAME"), QStringLiteral("The diagram's name."));
+    parser.addPositionalArgument(QStringLiteral("OUT"), QStringLiteral("The file to write."));
+    o.AddTo(parser);
+    ParseCommand(parser, args, 2, 2);
+    const QString name = parser.positionalArguments().at(0);
+    CheckName(name);
+    Table t(parser, o);
+    const auto [fields, values] = t.Keys(name);
+    vde::TField& field = t.DataField();
+    if (!t.Data().Locate(fields, Values(values)))
+        throw vde::EDatabaseError(QStringLiteral("No diagram \"%1\" in tab \"%2\" of table \"%3\"")
+                                      .arg(name, t.Tab(), t.Data().TableName()));
+    vde::TBytes bytes;
+    if (vde::ReadBlobData(&field, bytes) <= 0)
+        throw vde::EDatabaseError(
+            QStringLiteral("The diagram \"%1\" in tab \"%2\" holds no data").arg(name, t.Tab()));
+    const QByteArray data(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size()));
+    DiagramSurface check;
+    check.LoadBinary(data);
+    WriteFileAtomically(parser.positionalArguments().at(1), data);
+    return kExitOk;
+}
+
+int Put(const QStringList& args) {
+    QCommandLineParser parser;
+    DbOptions o;
+    parser.setApplicationDescription(QStringLiteral(
+        "Stores the diagram FILE (binary .dgm, or the text form .ini/.txt, which is converted) "
+        "as NAME in the table: the record is found or appended and its data column replaced in "
+        "one transaction. A file that is not a diagram is an error and changes nothing."));
+    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The diagram file."));
+    parser.addPositionalArgument(QStringLiteral("NAME"), QStringLiteral("The diagram's name."));
+    o.AddTo(parser);
+    ParseCommand(parser, args, 2, 2);
+    const QString file = parser.positionalArguments().at(0);
+    const QString name = parser.positionalArguments().at(1);
+    CheckName(name);
+    QByteArray data;
+    {
+        DiagramSurface surface;
+        if (FormByExtension(file) == DiagramForm::Binary) {
+            QFile f(file);
+            if (!f.open(QIODevice::ReadOnly))
+                throw vde::EFOpenError(
+                    QStringLiteral("Cannot open file \"%1\": %2").arg(file, f.errorString()));
+            data = f.readAll();
+            surface.LoadBinary(data);
+        } else {
+            surface.LoadFile(file, DiagramForm::Text);
+            data = surface.SaveBinary();
+        }
+    }
+    Table t(parser, o);
+    const auto [fields, values] = t.Keys(name);
+    vde::TField& field = t.DataField();
+    vde::TMemoryStream stream(std::vector<uint8_t>(data.begin(), data.end()));
+    stream.SetPosition(0);
+    vde::WriteDataFromStream(&field, &stream, fields, values);
+    return kExitOk;
+}
+
+int List(const QStringList& args) {
+    QCommandLineParser parser;
+    DbOptions o;
+    parser.setApplicationDescription(QStringLiteral(
+        "Prints the names of the diagrams stored in the tab, one a line, sorted, with the "
+        "size of their data in bytes."));
+    o.AddTo(parser);
+    ParseCommand(parser, args, 0, 0);
+    Table t(parser, o);
+    vde::TDataSet& d = t.Data();
+    vde::TField* section = d.FindField(QStringLiteral("Section"));
+    vde::TField* key = d.FindField(QStringLiteral("Key"));
+    if (!section || !key)
+        throw vde::EDatabaseError(
+            QStringLiteral("Table \"%1\" has no Section or Key column").arg(d.TableName()));
+    const vde::TField& data = t.DataField();
+    // Names go through the driver's quoting; the one value is bound.
+    QSqlDatabase db = QSqlDatabase::database(kConnection, false);
+    QSqlDriver* drv = db.driver();
+    const auto q = [drv](const QString& n, QSqlDriver::IdentifierType type) {
+        return drv->escapeIdentifier(n, type);
+    };
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.prepare(QStringLiteral("SELECT %1, %2 FROM %3 WHERE %4 = ?")
+                           .arg(q(section->FieldName(), QSqlDriver::FieldName),
+                                q(data.FieldName(), QSqlDriver::FieldName),
+                                q(d.TableName(), QSqlDriver::TableName),
+                                q(key->FieldName(), QSqlDriver::FieldName))))
+        throw vde::EDatabaseError(QStringLiteral("Cannot list table \"%1\": %2")
+                                      .arg(d.TableName(), query.lastError().text()));
+    query.addBindValue(QStringLiteral("DiagramChart"));
+    if (!query.exec())
+        throw vde::EDatabaseError(QStringLiteral("Cannot list table \"%1\": %2")
+                                      .arg(d.TableName(), query.lastError().text()));
+    const QString prefix = QStringLiteral("frmMain.%1.").arg(t.Tab());
+    std::vector<std::pair<QString, qsizetype>> found;
+    while (query.next()) {
+        const QString s = query.value(0).toString();
+        if (s.startsWith(prefix))
+            found.emplace_back(s.mid(prefix.size()), query.value(1).toByteArray().size());
+    }
+    std::sort(found.begin(), found.end());
+    for (const auto& [n, size] : found)
+        Out(QStringLiteral("%1\t%2").arg(n).arg(size));
+    return kExitOk;
+}
+
+} // namespace
+
+int RunDb(const QStringList& args) {
+    const QString sub = args.size() > 1 ? args.at(1) : QString();
+    QStringList rest = args.mid(2);
+    rest.prepend(QStringLiteral("veldiag db %1").arg(sub));
+    if (sub == QLatin1String("get"))
+        return Get(rest);
+    if (sub == QLatin1String("put"))
+        return Put(rest);
+    if (sub == QLatin1String("list"))
+        return List(rest);
+    if (sub == QLatin1String("--help") || sub == QLatin1String("-h")) {
+        Out(QStringLiteral(
+            "Usage: veldiag db get|put|list --database URL [options] ...\n"
+            "\n"
+            "Copies diagrams between files and a configuration table, keyed as the library's\n"
+            "table storage keys them (Section = frmMain.<tab>.<name>, Key = DiagramChart, the\n"
+            "data in BinData or BinData_<suffix>).\n"
+            "\n"
+            "  get NAME OUT    write the stored diagram NAME into the file OUT\n"
+            "  put FILE NAME   store the diagram file FILE as NAME\n"
+            "  list            list the diagrams of the tab\n"
+            "\n"
+            "'veldiag db <subcommand> --help' describes a subcommand."));
+        return kExitOk;
+    }
+    throw UsageError(sub.isEmpty()
+                         ? QStringLiteral("missing subcommand: get, put or list")
+                         : QStringLiteral("unknown subcommand \"%1\": get, put or list").arg(sub));
+}
+
+} // namespace veldiag

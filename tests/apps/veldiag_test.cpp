@@ -1,0 +1,715 @@
+// The command-line tool, run as a process on the sample diagrams of examples/ and on files made
+// here: pictures checked pixel by pixel and as SVG/PDF documents, conversions compared with
+// what the library itself saves, validation of good and broken files, JSON dumps against the
+// committed expected files, and copies through a table on SQLite and PostgreSQL.
+#include "common/db_test_util.h"
+
+#include <velDiagEdit/velDiagEdit.h>
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSvgRenderer>
+#include <QTemporaryDir>
+#include <QWidget>
+#include <QXmlStreamReader>
+#include <climits>
+#include <gtest/gtest.h>
+
+using namespace vde;
+using namespace vde::test;
+
+namespace {
+
+struct ToolRun {
+    int Code = -1;
+    QByteArray Out;
+    QByteArray Err;
+};
+
+ToolRun Tool(const QStringList& args) {
+    QProcess p;
+    p.setProgram(QStringLiteral(VELDIAG_PATH));
+    p.setArguments(args);
+    p.start();
+    ToolRun r;
+    if (!p.waitForFinished(120000)) {
+        p.kill();
+        p.waitForFinished();
+        r.Err = "did not finish";
+        return r;
+    }
+    r.Code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -2;
+    r.Out = p.readAllStandardOutput();
+    r.Err = p.readAllStandardError();
+    return r;
+}
+
+QString Examples() {
+    return QStringLiteral(VDE_EXAMPLES_DIR);
+}
+
+QStringList ExampleNames(const QString& ext) {
+    QStringList names;
+    for (const QString& f :
+         QDir(Examples()).entryList({QStringLiteral("*.") + ext}, QDir::Files, QDir::Name))
+        names << f.chopped(ext.size() + 1);
+    return names;
+}
+
+QString Example(const QString& name, const QString& ext) {
+    return Examples() + QLatin1Char('/') + name + QLatin1Char('.') + ext;
+}
+
+QByteArray ReadAll(const QString& file) {
+    QFile f(file);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    return f.readAll();
+}
+
+void WriteAll(const QString& file, const QByteArray& bytes) {
+    QFile f(file);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    ASSERT_EQ(f.write(bytes), bytes.size());
+}
+
+QJsonObject DumpOf(const QString& file) {
+    const ToolRun r = Tool({QStringLiteral("dump"), QStringLiteral("--json"), file});
+    EXPECT_EQ(r.Code, 0) << r.Err.toStdString();
+    return QJsonDocument::fromJson(r.Out).object();
+}
+
+// The union of the blocks' bounds of a dump: the part of the picture the blocks must fill.
+QRect BlockArea(const QJsonObject& dump) {
+    QRect area;
+    for (const QJsonValue& v : dump[QStringLiteral("blocks")].toArray()) {
+        const QJsonObject b = v.toObject()[QStringLiteral("bounds")].toObject();
+        const QRect r(QPoint(b[QStringLiteral("left")].toInt(), b[QStringLiteral("top")].toInt()),
+                      QPoint(b[QStringLiteral("right")].toInt() - 1,
+                             b[QStringLiteral("bottom")].toInt() - 1));
+        area = area.united(r);
+    }
+    return area;
+}
+
+// What a picture shows, by the documented rule, in diagram coordinates (half-open): the blocks'
+// bounds, each wire point with the 2-pixel pen around it (one pixel before, one after), and a
+// 5-pixel square around the end of a wire that lands on another wire (its junction dot).
+QRect ContentArea(const QJsonObject& dump) {
+    int l = INT_MAX, t = INT_MAX, r = INT_MIN, b = INT_MIN;
+    const auto add = [&](int L, int T, int R, int B) {
+        l = std::min(l, L), t = std::min(t, T), r = std::max(r, R), b = std::max(b, B);
+    };
+    for (const QJsonValue& v : dump[QStringLiteral("blocks")].toArray()) {
+        const QJsonObject o = v.toObject()[QStringLiteral("bounds")].toObject();
+        add(o[QStringLiteral("left")].toInt(), o[QStringLiteral("top")].toInt(),
+            o[QStringLiteral("right")].toInt(), o[QStringLiteral("bottom")].toInt());
+    }
+    for (const QJsonValue& v : dump[QStringLiteral("connections")].toArray()) {
+        const QJsonArray pts = v.toObject()[QStringLiteral("points")].toArray();
+        if (pts.size() < 2)
+            continue;
+        for (const QJsonValue& p : pts)
+            add(p[0].toInt() - 1, p[1].toInt() - 1, p[0].toInt() + 1, p[1].toInt() + 1);
+        if (!v.toObject()[QStringLiteral("destination")]
+                 .toObject()[QStringLiteral("onSegment")]
+                 .isNull()) {
+            const QJsonArray e = pts.last().toArray();
+            add(e[0].toInt() - 5, e[1].toInt() - 5, e[0].toInt() + 5, e[1].toInt() + 5);
+        }
+    }
+    return QRect(l, t, r - l, b - t);
+}
+
+// Bounding box of the pixels that differ from the background.
+QRect Drawn(const QImage& img, QRgb background) {
+    int l = img.width(), t = img.height(), r = -1, b = -1;
+    for (int y = 0; y < img.height(); ++y)
+        for (int x = 0; x < img.width(); ++x)
+            if (img.pixel(x, y) != background) {
+                l = std::min(l, x), t = std::min(t, y), r = std::max(r, x), b = std::max(b, y);
+            }
+    return r < 0 ? QRect() : QRect(QPoint(l, t), QPoint(r, b));
+}
+
+// A diagram loaded in this process, the way a host loads it.
+struct HostSurface {
+    QWidget Panel;
+    TCanvas Canvas;
+    TDiagContainer Container{&Panel, &Canvas, nullptr};
+    HostSurface() { Canvas.SetHandle(&Panel); }
+    QByteArray Save() {
+        TMemoryStream s;
+        Container.SaveToStream(s);
+        return QByteArray(reinterpret_cast<const char*>(s.Memory()), qsizetype(s.Bytes().size()));
+    }
+};
+
+// A block record without its last four bytes, the key (which the block list makes up).
+QByteArray RecordWithoutKey(const TDiagObject* b) {
+    TMemoryStream s;
+    b->SaveToStream(s);
+    return QByteArray(reinterpret_cast<const char*>(s.Memory()), qsizetype(s.Bytes().size()) - 4);
+}
+
+class Veldiag : public ::testing::Test {
+protected:
+    QTemporaryDir Dir;
+    QString Path(const QString& name) const { return Dir.filePath(name); }
+};
+
+// ---- commands and help
+
+TEST_F(Veldiag, EveryCommandHasHelp) {
+    for (const char* c : {"render", "convert", "validate", "dump"}) {
+        const ToolRun r = Tool({QString::fromLatin1(c), QStringLiteral("--help")});
+        EXPECT_EQ(r.Code, 0) << c;
+        EXPECT_TRUE(r.Out.startsWith(QByteArray("Usage: veldiag ") + c)) << r.Out.toStdString();
+    }
+    for (const char* c : {"get", "put", "list"}) {
+        const ToolRun r =
+            Tool({QStringLiteral("db"), QString::fromLatin1(c), QStringLiteral("--help")});
+        EXPECT_EQ(r.Code, 0) << c;
+        EXPECT_TRUE(r.Out.startsWith(QByteArray("Usage: veldiag db ") + c)) << r.Out.toStdString();
+        EXPECT_TRUE(r.Out.contains("--database")) << c;
+    }
+    const ToolRun top = Tool({QStringLiteral("--help")});
+    EXPECT_EQ(top.Code, 0);
+    for (const char* c : {"render", "convert", "validate", "dump", "db"})
+        EXPECT_TRUE(top.Out.contains(c)) << c;
+}
+
+TEST_F(Veldiag, UnknownCommandOrOptionIsAUsageErrorOnStderr) {
+    ToolRun r = Tool({QStringLiteral("paint")});
+    EXPECT_EQ(r.Code, 2);
+    EXPECT_TRUE(r.Err.contains("unknown command \"paint\""));
+    r = Tool({QStringLiteral("dump"), QStringLiteral("--colour"), Example("half_adder", "dgm")});
+    EXPECT_EQ(r.Code, 2);
+    EXPECT_TRUE(r.Err.contains("colour"));
+    EXPECT_TRUE(r.Out.isEmpty());
+    r = Tool({QStringLiteral("render"), Example("half_adder", "dgm")});
+    EXPECT_EQ(r.Code, 2);
+    EXPECT_TRUE(r.Err.contains("-o OUT"));
+}
+
+// ---- render
+
+TEST_F(Veldiag, RenderPngOfEveryExampleIsCroppedToTheDrawingPlusTheMargin) {
+    const QStringList names = ExampleNames(QStringLiteral("dgm"));
+    ASSERT_GE(names.size(), 4);
+    for (const QString& n : names) {
+        SCOPED_TRACE(n.toStdString());
+        const QString out = Path(n + QStringLiteral(".png"));
+        const ToolRun r =
+            Tool({QStringLiteral("render"), Example(n, QStringLiteral("dgm")), QStringLiteral("-o"),
+                  out, QStringLiteral("--margin"), QStringLiteral("12")});
+        ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+        const QImage img(out);
+        ASSERT_FALSE(img.isNull());
+        const QJsonObject dump = DumpOf(Example(n, QStringLiteral("dgm")));
+        const QRect content = ContentArea(dump);
+        EXPECT_EQ(img.size(), content.size() + QSize(24, 24));
+        // Nothing is drawn in the margin, and the drawing reaches it on every side (within
+        // the blank lead space a block keeps beside a side without markers).
+        const QRect drawn = Drawn(img, qRgb(255, 255, 255));
+        EXPECT_TRUE(QRect(12, 12, content.width(), content.height()).contains(drawn));
+        EXPECT_LE(drawn.left() - 12, 8);
+        EXPECT_LE(drawn.top() - 12, 8);
+        EXPECT_LE(img.width() - 12 - (drawn.right() + 1), 8);
+        EXPECT_LE(img.height() - 12 - (drawn.bottom() + 1), 8);
+        const QRect blocks = BlockArea(dump);
+        EXPECT_TRUE(content.contains(blocks));
+    }
+}
+
+TEST_F(Veldiag, RenderPngHasNonBackgroundPixelsWhereEveryBlockIs) {
+    for (const QString& n : ExampleNames(QStringLiteral("dgm"))) {
+        SCOPED_TRACE(n.toStdString());
+        const QString out = Path(n + QStringLiteral(".png"));
+        ASSERT_EQ(Tool({QStringLiteral("render"), Example(n, QStringLiteral("dgm")),
+                        QStringLiteral("-o"), out})
+                      .Code,
+                  0);
+        const QImage img(out);
+        const QJsonObject dump = DumpOf(Example(n, QStringLiteral("dgm")));
+        // The picture's origin is the content's top-left less the default margin of 10. Block
+        // bodies are gray ($C0C0C0): a good part of each block's area must be.
+        const QRect content = ContentArea(dump);
+        const int dx = 10 - content.left(), dy = 10 - content.top();
+        int checked = 0;
+        for (const QJsonValue& v : dump[QStringLiteral("blocks")].toArray()) {
+            const QJsonObject b = v.toObject()[QStringLiteral("bounds")].toObject();
+            const QRect r(b[QStringLiteral("left")].toInt() + dx,
+                          b[QStringLiteral("top")].toInt() + dy,
+                          b[QStringLiteral("right")].toInt() - b[QStringLiteral("left")].toInt(),
+                          b[QStringLiteral("bottom")].toInt() - b[QStringLiteral("top")].toInt());
+            int gray = 0, other = 0;
+            for (int y = r.top(); y <= r.bottom(); ++y)
+                for (int x = r.left(); x <= r.right(); ++x)
+                    (img.pixel(x, y) == qRgb(0xC0, 0xC0, 0xC0) ? gray : other) += 1;
+            EXPECT_GT(gray, (r.width() * r.height()) / 3) << "block at " << r.x() << "," << r.y();
+            ++checked;
+        }
+        EXPECT_EQ(checked, dump[QStringLiteral("blocks")].toArray().size());
+    }
+}
+
+TEST_F(Veldiag, RenderScaleTwoDoublesThePictureAndBackgroundFillsTheMargin) {
+    const QString in = Example(QStringLiteral("half_adder"), QStringLiteral("dgm"));
+    ASSERT_EQ(Tool({QStringLiteral("render"), in, QStringLiteral("-o"), Path("one.png")}).Code, 0);
+    ASSERT_EQ(Tool({QStringLiteral("render"), in, QStringLiteral("-o"), Path("two.png"),
+                    QStringLiteral("--scale"), QStringLiteral("2"), QStringLiteral("--background"),
+                    QStringLiteral("#102030")})
+                  .Code,
+              0);
+    const QImage one(Path("one.png")), two(Path("two.png"));
+    EXPECT_EQ(two.size(), one.size() * 2);
+    EXPECT_EQ(two.pixel(0, 0), qRgb(0x10, 0x20, 0x30));
+    EXPECT_EQ(two.pixel(two.width() - 1, two.height() - 1), qRgb(0x10, 0x20, 0x30));
+    EXPECT_EQ(one.pixel(0, 0), qRgb(255, 255, 255));
+}
+
+TEST_F(Veldiag, RenderSvgParsesAndHoldsEveryBlockTitleAsText) {
+    for (const QString& n : ExampleNames(QStringLiteral("dgm"))) {
+        SCOPED_TRACE(n.toStdString());
+        const QString svg = Path(n + QStringLiteral(".svg")),
+                      png = Path(n + QStringLiteral(".png"));
+        const QString in = Example(n, QStringLiteral("dgm"));
+        ASSERT_EQ(Tool({QStringLiteral("render"), in, QStringLiteral("-o"), svg}).Code, 0);
+        ASSERT_EQ(Tool({QStringLiteral("render"), in, QStringLiteral("-o"), png}).Code, 0);
+        const QByteArray bytes = ReadAll(svg);
+        QXmlStreamReader xml(bytes);
+        QStringList texts;
+        QString viewBox;
+        int lines = 0;
+        while (!xml.atEnd()) {
+            if (xml.readNext() != QXmlStreamReader::StartElement)
+                continue;
+            if (xml.name() == QLatin1String("svg"))
+                viewBox = xml.attributes().value(QLatin1String("viewBox")).toString();
+            else if (xml.name() == QLatin1String("text"))
+                texts << xml.readElementText(QXmlStreamReader::IncludeChildElements).trimmed();
+            else if (xml.name() == QLatin1String("polyline") || xml.name() == QLatin1String("line"))
+                ++lines;
+        }
+        ASSERT_FALSE(xml.hasError()) << xml.errorString().toStdString();
+        const QImage img(png);
+        EXPECT_EQ(viewBox, QStringLiteral("0 0 %1 %2").arg(img.width()).arg(img.height()));
+        EXPECT_GT(lines, 0); // wires are vector lines, not pixels
+        for (const QJsonValue& b : DumpOf(in)[QStringLiteral("blocks")].toArray())
+            for (const QJsonValue& l : b.toObject()[QStringLiteral("labels")].toArray())
+                EXPECT_TRUE(texts.contains(l.toObject()[QStringLiteral("text")].toString()))
+                    << l.toObject()[QStringLiteral("text")].toString().toStdString();
+        EXPECT_TRUE(QSvgRenderer(bytes).isValid());
+    }
+}
+
+TEST_F(Veldiag, RenderPdfIsOnePageOfThePictureSizeInPoints) {
+    for (const QString& n : ExampleNames(QStringLiteral("dgm"))) {
+        SCOPED_TRACE(n.toStdString());
+        const QString in = Example(n, QStringLiteral("dgm"));
+        ASSERT_EQ(Tool({QStringLiteral("render"), in, QStringLiteral("-o"), Path("p.pdf")}).Code,
+                  0);
+        ASSERT_EQ(Tool({QStringLiteral("render"), in, QStringLiteral("-o"), Path("p.png")}).Code,
+                  0);
+        const QByteArray pdf = ReadAll(Path("p.pdf"));
+        const QImage img(Path("p.png"));
+        EXPECT_TRUE(pdf.startsWith("%PDF-"));
+        EXPECT_TRUE(pdf.trimmed().endsWith("%%EOF"));
+        EXPECT_EQ(pdf.count("/Type /Page\n") + pdf.count("/Type /Page\r") +
+                      pdf.count("/Type /Page/") + pdf.count("/Type /Page "),
+                  1);
+        const QRegularExpression box(QStringLiteral("/MediaBox \\[0 0 ([0-9.]+) ([0-9.]+)\\]"));
+        const auto m = box.match(QString::fromLatin1(pdf));
+        ASSERT_TRUE(m.hasMatch());
+        EXPECT_DOUBLE_EQ(m.captured(1).toDouble(), img.width());
+        EXPECT_DOUBLE_EQ(m.captured(2).toDouble(), img.height());
+        // The titles are text: a font is embedded and text is shown with it.
+        EXPECT_TRUE(pdf.contains("/Font"));
+        EXPECT_TRUE(pdf.contains("DejaVu"));
+    }
+}
+
+TEST_F(Veldiag, RenderOfTheTextFormDrawsItsBlocks) {
+    const QString out = Path("t.png");
+    const ToolRun r =
+        Tool({QStringLiteral("render"), Example(QStringLiteral("rs_latch"), QStringLiteral("txt")),
+              QStringLiteral("-o"), out, QStringLiteral("--margin"), QStringLiteral("0")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    const QImage img(out);
+    // Blocks only, so the picture is exactly the blocks' area.
+    const QRect blocks =
+        BlockArea(DumpOf(Example(QStringLiteral("rs_latch"), QStringLiteral("txt"))));
+    EXPECT_EQ(img.size(), blocks.size());
+}
+
+TEST_F(Veldiag, RenderOfABrokenFileFailsAndLeavesTheOutputAsItWas) {
+    QByteArray bytes = ReadAll(Example(QStringLiteral("half_adder"), QStringLiteral("dgm")));
+    WriteAll(Path("cut.dgm"), bytes.left(40));
+    WriteAll(Path("old.png"), "previous picture");
+    const ToolRun r =
+        Tool({QStringLiteral("render"), Path("cut.dgm"), QStringLiteral("-o"), Path("old.png")});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains("byte offset")) << r.Err.toStdString();
+    EXPECT_EQ(ReadAll(Path("old.png")), QByteArray("previous picture"));
+    EXPECT_EQ(QDir(Dir.path()).entryList(QDir::Files).size(), 2); // no temporary file left
+}
+
+TEST_F(Veldiag, RenderRefusesAnUnknownPictureFormat) {
+    const ToolRun r = Tool({QStringLiteral("render"), Example("half_adder", "dgm"),
+                            QStringLiteral("-o"), Path("x.gif")});
+    EXPECT_EQ(r.Code, 2);
+    EXPECT_FALSE(QFile::exists(Path("x.gif")));
+}
+
+// ---- convert
+
+TEST_F(Veldiag, ConvertBinaryToTextIsTheLibrarysOwnTextAndSaysWhatWasDropped) {
+    for (const QString& n : ExampleNames(QStringLiteral("dgm"))) {
+        SCOPED_TRACE(n.toStdString());
+        const QString in = Example(n, QStringLiteral("dgm"));
+        const ToolRun r = Tool({QStringLiteral("convert"), in, Path("out.ini")});
+        ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+        HostSurface host;
+        host.Container.LoadDiagramFromFile(in);
+        host.Container.SaveDiagramToText(Path("lib.txt"));
+        EXPECT_EQ(ReadAll(Path("out.ini")), ReadAll(Path("lib.txt")));
+        // The committed text form was written by the library from the same diagram.
+        EXPECT_EQ(ReadAll(Path("out.ini")), ReadAll(Example(n, QStringLiteral("txt"))));
+        const int wires = host.Container.ConList->Count();
+        ASSERT_GT(wires, 0);
+        EXPECT_TRUE(r.Err.contains(QStringLiteral("drops %1 connection(s)").arg(wires).toUtf8()))
+            << r.Err.toStdString();
+        EXPECT_TRUE(r.Err.contains("block properties")) << r.Err.toStdString();
+    }
+}
+
+TEST_F(Veldiag, ConvertTextToBinaryMatchesTheLibraryLoadingTheTextBesideTheKeys) {
+    for (const QString& n : ExampleNames(QStringLiteral("txt"))) {
+        SCOPED_TRACE(n.toStdString());
+        const QString in = Example(n, QStringLiteral("txt"));
+        const ToolRun r = Tool({QStringLiteral("convert"), in, Path("out.dgm")});
+        ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+        EXPECT_TRUE(r.Err.isEmpty()) << r.Err.toStdString();
+        HostSurface lib, tool;
+        lib.Container.LoadDiagramFromText(in);
+        tool.Container.LoadDiagramFromFile(Path("out.dgm"));
+        // Keys come from the block list (addresses), so only they may differ.
+        EXPECT_EQ(ReadAll(Path("out.dgm")).size(), lib.Save().size());
+        ASSERT_EQ(tool.Container.ObjList->Count(), lib.Container.ObjList->Count());
+        for (int i = 0; i < lib.Container.ObjList->Count(); ++i)
+            EXPECT_EQ(RecordWithoutKey(tool.Container.ObjList->Items(i)),
+                      RecordWithoutKey(lib.Container.ObjList->Items(i)));
+        EXPECT_EQ(tool.Container.ConList->Count(), 0);
+    }
+}
+
+TEST_F(Veldiag, ConvertToOverridesTheExtension) {
+    const ToolRun r = Tool({QStringLiteral("convert"), Example("rs_latch", "dgm"),
+                            Path("latch.out"), QStringLiteral("--to"), QStringLiteral("text")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_EQ(ReadAll(Path("latch.out")), ReadAll(Example("rs_latch", "txt")));
+    const ToolRun back = Tool({QStringLiteral("convert"), Path("latch.out"), Path("latch.dgm"),
+                               QStringLiteral("--from"), QStringLiteral("text")});
+    ASSERT_EQ(back.Code, 0) << back.Err.toStdString();
+    EXPECT_TRUE(ReadAll(Path("latch.dgm")).startsWith(QByteArray("\x4e\x5d\xf3\x98", 4)));
+    EXPECT_EQ(Tool({QStringLiteral("convert"), Example("rs_latch", "dgm"), Path("x"),
+                    QStringLiteral("--to"), QStringLiteral("yaml")})
+                  .Code,
+              2);
+}
+
+// ---- validate
+
+TEST_F(Veldiag, ValidateSaysOkForEveryExample) {
+    QStringList files;
+    for (const QString& ext : {QStringLiteral("dgm"), QStringLiteral("txt")})
+        for (const QString& n : ExampleNames(ext))
+            files << Example(n, ext);
+    ASSERT_GE(files.size(), 8);
+    const ToolRun r = Tool(QStringList{QStringLiteral("validate")} + files);
+    EXPECT_EQ(r.Code, 0);
+    QStringList expected;
+    for (const QString& f : files)
+        expected << f + QStringLiteral(": OK");
+    EXPECT_EQ(QString::fromUtf8(r.Out).trimmed().split(QLatin1Char('\n')), expected);
+}
+
+TEST_F(Veldiag, ValidateNamesTheErrorAndItsByteOffsetAndFailsIfAnyFileIsBad) {
+    // Signature, then a block count of 5 with nothing behind it: the count (at offset 4) is
+    // larger than the bytes left could hold.
+    WriteAll(Path("count.dgm"), QByteArray("\x4e\x5d\xf3\x98\x05\x00\x00\x00\x00", 9));
+    WriteAll(Path("sig.dgm"), QByteArray("PK\x03\x04 and more bytes", 20));
+    WriteAll(Path("tiny.dgm"), QByteArray("\x4e\x5d\xf3", 3));
+    const ToolRun r =
+        Tool({QStringLiteral("validate"), Example("half_adder", "dgm"), Path("count.dgm"),
+              Path("sig.dgm"), Path("tiny.dgm"), Path("missing.dgm")});
+    EXPECT_EQ(r.Code, 1);
+    const QStringList lines = QString::fromUtf8(r.Out).trimmed().split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), 5);
+    EXPECT_EQ(lines[0], Example("half_adder", "dgm") + QStringLiteral(": OK"));
+    EXPECT_TRUE(lines[1].startsWith(Path("count.dgm") + QStringLiteral(": EFormatError: ")));
+    EXPECT_TRUE(lines[1].endsWith(QStringLiteral("at byte offset 4"))) << lines[1].toStdString();
+    EXPECT_EQ(lines[2], Path("sig.dgm") +
+                            QStringLiteral(": EFormatError: Invalid file format at byte offset 0"));
+    EXPECT_TRUE(lines[3].startsWith(Path("tiny.dgm") + QStringLiteral(": EFormatError: 3 bytes")));
+    EXPECT_TRUE(lines[4].startsWith(Path("missing.dgm") + QStringLiteral(": EFOpenError: ")));
+}
+
+TEST_F(Veldiag, ValidateOfEveryTruncationOfAnExampleFails) {
+    const QByteArray bytes = ReadAll(Example("junctions", "dgm"));
+    // Cutting anywhere before the last selection word leaves a stream that runs out.
+    QStringList files;
+    for (qsizetype cut :
+         {qsizetype(5), qsizetype(9), qsizetype(100), bytes.size() / 2, bytes.size() - 1}) {
+        const QString f = Path(QStringLiteral("cut%1.dgm").arg(cut));
+        WriteAll(f, bytes.left(cut));
+        files << f;
+    }
+    const ToolRun r = Tool(QStringList{QStringLiteral("validate")} + files);
+    EXPECT_EQ(r.Code, 1);
+    const QStringList lines = QString::fromUtf8(r.Out).trimmed().split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), files.size());
+    for (const QString& l : lines) {
+        EXPECT_FALSE(l.endsWith(QStringLiteral(": OK"))) << l.toStdString();
+        EXPECT_TRUE(l.contains(QStringLiteral("Error: "))) << l.toStdString();
+    }
+}
+
+TEST_F(Veldiag, ValidateOfATextFileNamesTheLine) {
+    WriteAll(Path("bad.txt"), "[Gate1]\nType=doAndLogic\nBounds=10,20,60,70\n"
+                              "[Gate2]\nType=doOrLogic\nBounds=10,x,60,70\n");
+    const ToolRun r = Tool({QStringLiteral("validate"), Path("bad.txt")});
+    EXPECT_EQ(r.Code, 1);
+    const QString line = QString::fromUtf8(r.Out).trimmed();
+    EXPECT_TRUE(line.startsWith(Path("bad.txt") + QStringLiteral(": EConvertError: ")))
+        << line.toStdString();
+    EXPECT_TRUE(line.contains(QStringLiteral("[Gate2] (line 4)"))) << line.toStdString();
+}
+
+// ---- dump
+
+TEST_F(Veldiag, DumpJsonOfEveryBinaryExampleIsTheCommittedDocument) {
+    for (const QString& n : ExampleNames(QStringLiteral("dgm"))) {
+        SCOPED_TRACE(n.toStdString());
+        const ToolRun r =
+            Tool({QStringLiteral("dump"), QStringLiteral("--json"), Example(n, "dgm")});
+        ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+        const QByteArray expected =
+            ReadAll(QStringLiteral(VDE_EXPECTED_DIR "/") + n + QStringLiteral(".dgm.json"));
+        ASSERT_FALSE(expected.isEmpty());
+        EXPECT_EQ(r.Out, expected);
+    }
+}
+
+QJsonValue WithoutKeys(const QJsonValue& v) {
+    if (v.isArray()) {
+        QJsonArray a;
+        for (const QJsonValue& e : v.toArray())
+            a.append(WithoutKeys(e));
+        return a;
+    }
+    if (!v.isObject())
+        return v;
+    QJsonObject o;
+    const QJsonObject in = v.toObject();
+    for (auto it = in.begin(); it != in.end(); ++it)
+        if (it.key() != QLatin1String("key"))
+            o.insert(it.key(), WithoutKeys(it.value()));
+    return o;
+}
+
+TEST_F(Veldiag, DumpJsonOfEveryTextExampleIsTheCommittedDocumentBesideTheKeys) {
+    for (const QString& n : ExampleNames(QStringLiteral("txt"))) {
+        SCOPED_TRACE(n.toStdString());
+        const QJsonObject got = DumpOf(Example(n, "txt"));
+        const QJsonObject expected =
+            QJsonDocument::fromJson(
+                ReadAll(QStringLiteral(VDE_EXPECTED_DIR "/") + n + QStringLiteral(".txt.json")))
+                .object();
+        ASSERT_FALSE(expected.isEmpty());
+        EXPECT_EQ(WithoutKeys(got), WithoutKeys(expected));
+    }
+}
+
+TEST_F(Veldiag, DumpJsonOfTheFirstBlockOfTheHalfAdderIsItsRecord) {
+    // The record as laid out byte by byte in docs/formats.md.
+    const QJsonObject b =
+        DumpOf(Example("half_adder", "dgm"))[QStringLiteral("blocks")].toArray().at(0).toObject();
+    EXPECT_EQ(b[QStringLiteral("kind")].toString(), QStringLiteral("Text"));
+    EXPECT_EQ(b[QStringLiteral("key")].toInt(), 1);
+    EXPECT_EQ(b[QStringLiteral("bounds")].toObject(),
+              (QJsonObject{{"left", 20}, {"top", 40}, {"right", 80}, {"bottom", 80}}));
+    EXPECT_EQ(b[QStringLiteral("deltaWidth")].toInt(), 8);
+    EXPECT_EQ(b[QStringLiteral("labels")].toArray(),
+              (QJsonArray{QJsonObject{{"x", 22}, {"y", 7}, {"height", 26}, {"text", "A"}}}));
+    EXPECT_TRUE(b[QStringLiteral("inputs")].toArray().isEmpty());
+    EXPECT_EQ(b[QStringLiteral("outputs")].toArray(),
+              (QJsonArray{QJsonObject{
+                  {"index", 1}, {"x", 58}, {"y", 18}, {"type", "Direct"}, {"size", 0}}}));
+}
+
+TEST_F(Veldiag, DumpShowsForeignControlsAndTheSelection) {
+    // A host surface with a button of its own, a selected block and a selected segment.
+    {
+        HostSurface host;
+        auto* button = new QWidget(&host.Panel);
+        button->setObjectName(QStringLiteral("btnStart"));
+        button->setGeometry(300, 40, 90, 25);
+        host.Container.CntList->Add(button);
+        TDiagObject* a = host.Container.CreateObjByDiagType(doAndLogic, {10, 20, 60, 70});
+        TDiagObject* b = host.Container.CreateObjByDiagType(doOrLogic, {150, 20, 200, 70});
+        a->SetObjKey(11);
+        b->SetObjKey(22);
+        new TDiagObjConnection(host.Container.ConList.get(), a, 1, b, -1, {10, 10}, 0, 0, 0);
+        host.Container.ConList->Items(0)->FSrcKey = 11;
+        host.Container.ConList->Items(0)->FDstKey = 22;
+        host.Container.SelObj = b;
+        b->SetSelected(true);
+        host.Container.SelInfo = LongRec{2, 1}; // connection 0, segment 1
+        host.Container.SaveDiagramToFile(Path("host.dgm"));
+    }
+    const QJsonObject d = DumpOf(Path("host.dgm"));
+    EXPECT_EQ(
+        d[QStringLiteral("controls")].toArray(),
+        (QJsonArray{QJsonObject{
+            {"name", "btnStart"},
+            {"bounds", QJsonObject{{"left", 300}, {"top", 40}, {"right", 390}, {"bottom", 65}}}}}));
+    EXPECT_EQ(
+        d[QStringLiteral("selection")].toObject(),
+        (QJsonObject{{"block", 22}, {"segment", QJsonObject{{"connection", 0}, {"segment", 1}}}}));
+    const QJsonObject c = d[QStringLiteral("connections")].toArray().at(0).toObject();
+    EXPECT_EQ(c[QStringLiteral("source")].toObject()[QStringLiteral("key")].toInt(), 11);
+    EXPECT_EQ(c[QStringLiteral("source")].toObject()[QStringLiteral("marker")].toInt(), 1);
+    EXPECT_EQ(c[QStringLiteral("destination")].toObject()[QStringLiteral("key")].toInt(), 22);
+    EXPECT_EQ(c[QStringLiteral("destination")].toObject()[QStringLiteral("marker")].toInt(), -1);
+
+    const ToolRun text = Tool({QStringLiteral("dump"), Path("host.dgm")});
+    ASSERT_EQ(text.Code, 0);
+    EXPECT_TRUE(text.Out.contains("Controls: 1\n  btnStart  bounds 300,40,390,65\n"));
+    EXPECT_TRUE(text.Out.contains("Selection: segment connection 0 segment 1; block key 22"));
+    EXPECT_TRUE(text.Out.contains("Blocks: 2\n"));
+    EXPECT_TRUE(text.Out.contains("Connections: 1\n"));
+
+    // The text form keeps none of that, and converting says so.
+    const ToolRun conv = Tool({QStringLiteral("convert"), Path("host.dgm"), Path("host.txt")});
+    EXPECT_EQ(conv.Code, 0);
+    EXPECT_TRUE(conv.Err.contains("1 foreign control(s)"));
+    EXPECT_TRUE(conv.Err.contains("the selection"));
+}
+
+// ---- db
+
+class VeldiagDb : public ::testing::TestWithParam<DbKind> {
+protected:
+    void SetUp() override {
+        Db = std::make_unique<TestDatabase>(GetParam());
+        ASSERT_TRUE(Db->Error().isEmpty()) << Db->Error().toStdString();
+        TableName = Db->NewTableName(QStringLiteral("cli_config"));
+        Db->CreateConfigTable(
+            TableName, QStringLiteral("\"BinData\" %1, \"BinData_Main\" %1").arg(Db->BlobType()));
+        const QString base = GetParam() == DbKind::SQLite
+                                 ? QStringLiteral("sqlite:") + Db->Db().databaseName()
+                                 : qEnvironmentVariable("VDE_PG_URL");
+        Url = base + QStringLiteral("?table=") + TableName;
+    }
+    ToolRun Db_(const QStringList& args) {
+        return Tool(QStringList{QStringLiteral("db")} + args +
+                    QStringList{QStringLiteral("--database"), Url});
+    }
+    std::unique_ptr<TestDatabase> Db;
+    QString TableName, Url;
+    QTemporaryDir Dir;
+};
+
+TEST_P(VeldiagDb, PutListGetRoundTripKeepsTheBytesUnderTheStorageKeys) {
+    const QString in = Example("junctions", "dgm");
+    ToolRun r = Db_({QStringLiteral("put"), in, QStringLiteral("Chart1")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    r = Db_({QStringLiteral("put"), Example("half_adder", "dgm"), QStringLiteral("Adder")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    // Keys as the table storage makes them for an empty tab name.
+    EXPECT_EQ(Db->Column(TableName, QStringLiteral("Section")),
+              (QVariantList{QStringLiteral("frmMain.frmConfig.Chart1"),
+                            QStringLiteral("frmMain.frmConfig.Adder")}));
+    EXPECT_EQ(Db->Column(TableName, QStringLiteral("Key")),
+              (QVariantList{QStringLiteral("DiagramChart"), QStringLiteral("DiagramChart")}));
+    EXPECT_EQ(Db->Column(TableName, QStringLiteral("BinData")).at(0).toByteArray(), ReadAll(in));
+
+    r = Db_({QStringLiteral("list")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_EQ(QString::fromUtf8(r.Out), QStringLiteral("Adder\t%1\nChart1\t%2\n")
+                                            .arg(ReadAll(Example("half_adder", "dgm")).size())
+                                            .arg(ReadAll(in).size()));
+
+    const QString out = Dir.filePath(QStringLiteral("back.dgm"));
+    r = Db_({QStringLiteral("get"), QStringLiteral("Chart1"), out});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_EQ(ReadAll(out), ReadAll(in));
+
+    // Storing again replaces the data of the same record.
+    r = Db_({QStringLiteral("put"), Example("rs_latch", "dgm"), QStringLiteral("Chart1")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_EQ(Db->RowCount(TableName), 2);
+    EXPECT_EQ(Db->Column(TableName, QStringLiteral("BinData")).at(0).toByteArray(),
+              ReadAll(Example("rs_latch", "dgm")));
+}
+
+TEST_P(VeldiagDb, TabAndSuffixChooseTheSectionAndTheDataColumn) {
+    ToolRun r = Db_({QStringLiteral("put"), Example("rs_latch", "dgm"), QStringLiteral("Latch"),
+                     QStringLiteral("--tab"), QStringLiteral("frmPlant"),
+                     QStringLiteral("--suffix"), QStringLiteral("Main")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_EQ(Db->Column(TableName, QStringLiteral("Section")),
+              (QVariantList{QStringLiteral("frmMain.frmPlant.Latch")}));
+    EXPECT_EQ(Db->Column(TableName, QStringLiteral("BinData_Main")).at(0).toByteArray(),
+              ReadAll(Example("rs_latch", "dgm")));
+    EXPECT_TRUE(Db->Column(TableName, QStringLiteral("BinData")).at(0).isNull());
+    r = Db_({QStringLiteral("list")});
+    EXPECT_EQ(r.Code, 0);
+    EXPECT_TRUE(r.Out.isEmpty()); // nothing in the default tab
+    r = Db_({QStringLiteral("list"), QStringLiteral("--tab"), QStringLiteral("frmPlant"),
+             QStringLiteral("--suffix"), QStringLiteral("Main")});
+    EXPECT_TRUE(r.Out.startsWith("Latch\t"));
+}
+
+TEST_P(VeldiagDb, TextFilesAreStoredInTheBinaryForm) {
+    const ToolRun r =
+        Db_({QStringLiteral("put"), Example("half_adder", "txt"), QStringLiteral("T")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    const QByteArray stored = Db->Column(TableName, QStringLiteral("BinData")).at(0).toByteArray();
+    HostSurface host;
+    TMemoryStream s(std::vector<uint8_t>(stored.begin(), stored.end()));
+    host.Container.LoadFromStream(s);
+    EXPECT_EQ(host.Container.ObjList->Count(), 7);
+}
+
+TEST_P(VeldiagDb, BrokenFilesAndMissingDiagramsChangeNothing) {
+    WriteAll(Dir.filePath(QStringLiteral("bad.dgm")), QByteArray("\x4e\x5d\xf3\x98\x09", 5));
+    ToolRun r =
+        Db_({QStringLiteral("put"), Dir.filePath(QStringLiteral("bad.dgm")), QStringLiteral("X")});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains("EFormatError")) << r.Err.toStdString();
+    EXPECT_EQ(Db->RowCount(TableName), 0);
+    const QString out = Dir.filePath(QStringLiteral("none.dgm"));
+    r = Db_({QStringLiteral("get"), QStringLiteral("Nothing"), out});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains("No diagram \"Nothing\"")) << r.Err.toStdString();
+    EXPECT_FALSE(QFile::exists(out));
+    EXPECT_EQ(Db->RowCount(TableName), 0); // reading never appends here
+    r = Tool({QStringLiteral("db"), QStringLiteral("list"), QStringLiteral("--database"),
+              QStringLiteral("mysql://nowhere")});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains("EDatabaseError"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Databases, VeldiagDb,
+                         ::testing::Values(DbKind::SQLite, DbKind::PostgreSQL), DbKindName());
+
+} // namespace
