@@ -17,6 +17,7 @@
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/errors.h"
 #include "velDiagEdit/platform/host_program.h"
+#include "velDiagEdit/platform/record_codec.h"
 #include "velDiagEdit/platform/ini_file.h"
 
 #include <QSaveFile>
@@ -61,9 +62,6 @@ void CheckListCount(TStream& Stream, int32_t Count, int64_t MinRecordSize, const
                                .arg(Stream.Remaining()),
                            at);
 }
-
-// The smallest connection record: keys, cross infos, point count and the three indexes.
-constexpr int64_t kMinConnectionRecordSize = 36;
 
 // Reads the control section exactly as the control list does, but against parentless
 // stand-ins that carry the names of the list's controls, so that the real controls keep their
@@ -135,7 +133,7 @@ void TDiagContainer::LoadFromStream(TStream& Stream) {
     const int32_t blockCount = ReadStreamInt(Stream, "Block count");
     std::unique_ptr<TDiagObjectList> newBlocks;
     if (ObjList) {
-        CheckListCount(Stream, blockCount, kMinBlockRecordSize, "Block count");
+        CheckListCount(Stream, blockCount, kBlockRecordMinSize, "Block count");
         newBlocks = std::make_unique<TDiagObjectList>(ObjList->GetParent());
         newBlocks->SetParentCanvas(ObjList->GetParentCanvas());
         newBlocks->LoadFromStream(
@@ -144,7 +142,7 @@ void TDiagContainer::LoadFromStream(TStream& Stream) {
     const int32_t connectionCount = ReadStreamInt(Stream, "Connection count");
     const int64_t connectionsAt = Stream.Position();
     if (ConList) {
-        CheckListCount(Stream, connectionCount, kMinConnectionRecordSize, "Connection count");
+        CheckListCount(Stream, connectionCount, kConnectionRecordBase, "Connection count");
         TDiagConnectList probe(static_cast<TCanvas*>(nullptr));
         probe.LoadFromStream(Stream, {}, connectionCount);
     }

@@ -2,8 +2,8 @@
 
 #include "velDiagEdit/platform/errors.h"
 
+#include <QHash>
 #include <QPointer>
-#include <QVariant>
 #include <vector>
 
 namespace vde {
@@ -11,7 +11,6 @@ namespace vde {
 namespace {
 
 const char* const kOwnedListName = "vde_components";
-const char* const kOwnerProperty = "vdeComponentOwner";
 
 // Lives as a Qt child of the owner, so it goes when the owner goes and takes the owned
 // components with it.
@@ -36,6 +35,14 @@ TOwnedComponents* OwnedList(const QObject* owner) {
                                                Qt::FindDirectChildrenOnly);
 }
 
+// Component -> owner. Kept outside the components so that no smart pointer has to travel through
+// a QVariant; an entry leaves when its component is destroyed. Never freed: components may still
+// be destroyed while static objects are torn down at exit.
+QHash<const QObject*, QPointer<QObject>>& Owners() {
+    static auto* owners = new QHash<const QObject*, QPointer<QObject>>();
+    return *owners;
+}
+
 bool SameName(const QObject* o, const QString& name) {
     return o && o->objectName().compare(name, Qt::CaseInsensitive) == 0;
 }
@@ -54,13 +61,16 @@ void InsertComponent(QObject* owner, QObject* component) {
         if (p == component)
             return;
     list->Items.emplace_back(component);
-    component->setProperty(kOwnerProperty, QVariant::fromValue(QPointer<QObject>(owner)));
+    if (!Owners().contains(component))
+        QObject::connect(component, &QObject::destroyed,
+                         [component] { Owners().remove(component); });
+    Owners().insert(component, QPointer<QObject>(owner));
 }
 
 QObject* ComponentOwner(const QObject* component) {
     if (!component)
         return nullptr;
-    return component->property(kOwnerProperty).value<QPointer<QObject>>().data();
+    return Owners().value(component).data();
 }
 
 bool IsValidIdent(const QString& name) {
