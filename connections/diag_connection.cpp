@@ -378,8 +378,8 @@ void TDiagConnection::ShiftByDelta(QObject* diag, TPoint Delta) {
     if (h < 1)
         return;
     auto move = [&](int i) {
-        FPoints[size_t(i)].X += Delta.X;
-        FPoints[size_t(i)].Y += Delta.Y;
+        FPoints[size_t(i)].X = WrapAdd(FPoints[size_t(i)].X, Delta.X);
+        FPoints[size_t(i)].Y = WrapAdd(FPoints[size_t(i)].Y, Delta.Y);
     };
     if (FSource && diag == FSource.data()) {
         move(0);

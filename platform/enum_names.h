@@ -21,4 +21,13 @@ template <class E> QString GetEnumName(int value) {
     return QString::fromLatin1(names[size_t(value)]);
 }
 
+// The ordinal of the value whose name equals Name ignoring case, or -1 when none does.
+template <class E> int GetEnumValue(const QString& Name) {
+    const auto& names = TEnumInfo<E>::Names;
+    for (size_t i = 0; i < names.size(); ++i)
+        if (Name.compare(QLatin1String(names[i]), Qt::CaseInsensitive) == 0)
+            return int(i);
+    return -1;
+}
+
 } // namespace vde
