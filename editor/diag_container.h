@@ -195,6 +195,7 @@ private:
     // The selected block: SelObj while it is selected and in the list.
     TDiagObject* SelectedBlock() const;
     void MoveSelectedBlockBy(int DX, int DY);
+    void DeleteSelection();
     void DeselectEverything();
     void UpdateSurfaceFocus();
     std::unique_ptr<TDiagUndoStack> FUndoStack;

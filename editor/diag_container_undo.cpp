@@ -118,6 +118,7 @@ bool TDiagContainer::IsSurfaceKey(int Key, Qt::KeyboardModifiers Modifiers) cons
     case Qt::Key_Up:
     case Qt::Key_Down:
         return mods == Qt::NoModifier || mods == Qt::ShiftModifier;
+    case Qt::Key_Delete:
     case Qt::Key_Escape:
         return mods == Qt::NoModifier;
     default:
@@ -150,6 +151,9 @@ bool TDiagContainer::DiagKeyDown(int Key, Qt::KeyboardModifiers Modifiers) {
     case Qt::Key_Down:
         MoveSelectedBlockBy(0, step);
         return true;
+    case Qt::Key_Delete:
+        DeleteSelection();
+        return true;
     case Qt::Key_Escape:
         DeselectEverything();
         return true;
@@ -168,6 +172,14 @@ void TDiagContainer::MoveSelectedBlockBy(int DX, int DY) {
     FUndoStack->PushStep(QStringLiteral("Move"), before, kKeyMoveMergeId, b->FObjKey);
     if (FParent)
         FParent->update();
+}
+
+void TDiagContainer::DeleteSelection() {
+    // A block that shows as selected goes first; a block clicked off again is not deleted.
+    if (SelectedBlock())
+        DelSelectedObject();
+    else if (!SelInfo.IsZero())
+        DeleteCurSegment();
 }
 
 void TDiagContainer::DeselectEverything() {
