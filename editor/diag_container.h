@@ -189,6 +189,7 @@ private:
 
     // ---- undo, redo and keys
     void InitUndo();
+    void RestoreLooseEnds(TMemoryStream& Bytes);
     // A block drag is one step from the press to the release.
     void BeginDragStep();
     void EndDragStep();

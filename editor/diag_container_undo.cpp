@@ -83,6 +83,34 @@ void TDiagContainer::RestoreSnapshot(const QByteArray& Bytes) {
     FDragBefore = QByteArray();
     TMemoryStream s(std::vector<uint8_t>(Bytes.begin(), Bytes.end()));
     LoadFromStream(s);
+    RestoreLooseEnds(s);
+}
+
+void TDiagContainer::RestoreLooseEnds(TMemoryStream& Bytes) {
+    // A wire keeps the marker number of an end whose block key names no block: after its
+    // source block was deleted it runs from the other end's block under the old key. Loading
+    // attaches it by key, finds no block and clears the number with the block; the step's bytes
+    // still hold it, and so must the diagram.
+    if (!ObjList || !ConList)
+        return;
+    bool loose = false;
+    for (int i = 0; i < ConList->Count() && !loose; ++i)
+        loose = !ConList->Items(i)->GetSrcObject() || !ConList->Items(i)->GetDstObject();
+    if (!loose)
+        return;
+    // The wires' records follow the signature and the blocks, which load and save unchanged.
+    TMemoryStream blocks;
+    ObjList->SaveToStream(blocks);
+    Bytes.SetPosition(4 + blocks.Size());
+    TDiagConnectList stored(static_cast<TCanvas*>(nullptr));
+    stored.LoadFromStream(Bytes, [](TDiagConnection*) {});
+    for (int i = 0; i < ConList->Count() && i < stored.Count(); ++i) {
+        TDiagConnection* c = ConList->Items(i);
+        if (!c->GetSrcObject())
+            c->FSrcConIdx = stored.Items(i)->FSrcConIdx;
+        if (!c->GetDstObject())
+            c->FDstConIdx = stored.Items(i)->FDstConIdx;
+    }
 }
 
 void TDiagContainer::BeginDragStep() {
