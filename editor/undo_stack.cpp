@@ -19,11 +19,14 @@ TDiagUndoStep::TDiagUndoStep(TDiagUndoStack* Stack, const QString& Text, QByteAr
 void TDiagUndoStep::undo() {
     if (!FStack || FStack->FRebuilding)
         return;
-    // Whatever happened since this step without a step of its own (a selection, most often)
-    // is kept as part of it, so that redo returns exactly to where undo started.
-    QByteArray now = FStack->Snapshot();
-    if (now != FAfter)
-        FAfter = std::move(now);
+    // Undoing the newest step: whatever happened since without a step of its own (a
+    // selection, most often) is kept as part of it, so that redo returns exactly to where
+    // undoing started. (The stack moves its index after this call.)
+    if (FStack->index() == FStack->count()) {
+        QByteArray now = FStack->Snapshot();
+        if (now != FAfter)
+            FAfter = std::move(now);
+    }
     FStack->Restore(FBefore);
 }
 
