@@ -45,6 +45,15 @@ void TDiagObjectList::Remove(TDiagObject* Obj) {
         FItems.erase(it);
 }
 
+void TDiagObjectList::Move(int CurIndex, int NewIndex) {
+    if (CurIndex < 0 || CurIndex >= Count() || NewIndex < 0 || NewIndex >= Count() ||
+        CurIndex == NewIndex)
+        return;
+    TDiagObject* o = FItems[size_t(CurIndex)];
+    FItems.erase(FItems.begin() + CurIndex);
+    FItems.insert(FItems.begin() + NewIndex, o);
+}
+
 TDiagObject* TDiagObjectList::CreateObjByDiagType(TDiagObjectType ObjType, const TRect& R) {
     // The size may come from a stream: wrap as 32-bit arithmetic does instead of overflowing.
     const int32_t w = WrapSub(R.Right, R.Left);

@@ -32,6 +32,9 @@ public:
     void Add(TDiagObject* Obj);
     // Takes the block out of the list without freeing it or raising any event.
     void Remove(TDiagObject* Obj);
+    // Moves the block at CurIndex to NewIndex, the blocks between closing up; keys, events and
+    // the blocks themselves are untouched. An index out of range does nothing.
+    void Move(int CurIndex, int NewIndex);
 
     TDiagObject* CreateObjByDiagType(TDiagObjectType ObjType, const TRect& R);
     TDiagObject* FindObjByKey(TObjKey Key) const;

@@ -136,9 +136,12 @@ public:
     // Hosts add Undo/Redo actions from it; it starts empty and never holds a step that
     // changed nothing.
     TDiagUndoStack* UndoStack() const;
-    // The container stream as it is now, and loading one such stream back.
+    // The container stream as it is now, and bringing the diagram back to one such stream
+    // exactly (blocks whose records did not change are kept).
     QByteArray SaveSnapshot();
     void RestoreSnapshot(const QByteArray& Bytes);
+    // How many restores had to load the whole stream (none, unless something is amiss).
+    int FullRestoreCount() const;
     // Whether the surface takes this key now: only in design mode, on a surface that is a
     // custom-drawn control. Ctrl+Z undoes, Ctrl+Shift+Z and Ctrl+Y redo, Delete deletes the
     // selected block (or else the selected segment), the arrows move the selected block by 1
@@ -190,6 +193,7 @@ private:
     // ---- undo, redo and keys
     void InitUndo();
     void RestoreLooseEnds(TMemoryStream& Bytes);
+    bool RestoreChangedBlocks(TMemoryStream& S);
     // A block drag is one step from the press to the release.
     void BeginDragStep();
     void EndDragStep();
@@ -205,6 +209,7 @@ private:
     QString FDragText;
     Qt::FocusPolicy FSavedFocusPolicy = Qt::NoFocus;
     bool FFocusPolicySaved = false;
+    int FFullRestores = 0;
 };
 
 } // namespace vde

@@ -13,6 +13,8 @@
 
 #include <QEvent>
 #include <QKeyEvent>
+#include <cstring>
+#include <unordered_map>
 
 namespace vde {
 
@@ -75,15 +77,149 @@ QByteArray TDiagContainer::SaveSnapshot() {
 }
 
 void TDiagContainer::RestoreSnapshot(const QByteArray& Bytes) {
-    // The blocks are about to be replaced: a drag or a step under way has nothing left to act on.
+    // The blocks are about to be replaced: a drag under way has nothing left to act on.
     if (FResizeMode != kDragNone) {
         FResizeMode = kDragNone;
         InputState().SetScreenCursor(crDefault);
     }
     FDragBefore = QByteArray();
     TMemoryStream s(std::vector<uint8_t>(Bytes.begin(), Bytes.end()));
+    if (ObjList && ConList && RestoreChangedBlocks(s) && SaveSnapshot() == Bytes)
+        return;
+    // Loading the whole stream is always exact; it is only slower on a large diagram.
+    ++FFullRestores;
+    s.SetPosition(0);
     LoadFromStream(s);
     RestoreLooseEnds(s);
+}
+
+int TDiagContainer::FullRestoreCount() const {
+    return FFullRestores;
+}
+
+namespace {
+
+// The block's record as the block list writes it.
+QByteArray BlockRecord(const TDiagObject* Obj) {
+    TMemoryStream t;
+    Obj->SaveToStream(t);
+    const auto& b = t.Bytes();
+    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
+}
+
+bool BytesAt(const TMemoryStream& S, int64_t At, const QByteArray& Expected) {
+    const auto& b = S.Bytes();
+    return At >= 0 && At + Expected.size() <= int64_t(b.size()) &&
+           std::memcmp(b.data() + At, Expected.constData(), size_t(Expected.size())) == 0;
+}
+
+} // namespace
+
+bool TDiagContainer::RestoreChangedBlocks(TMemoryStream& S) {
+    // A step usually changes one block or a few, or none at all; re-creating all the others
+    // would cost far more than the change. The blocks whose records are unchanged at the head
+    // and at the tail of the list stay; only those between are replaced by the stored ones.
+    // The wires, the control bounds and the selection are read as a load reads them.
+    S.SetPosition(0);
+    if (S.Remaining() < 8 || S.ReadUInt32() != kContainerSignature)
+        return false;
+    const int32_t n = S.ReadInt32();
+    const int cn = ObjList->Count();
+    if (n < 0)
+        return false;
+    std::vector<QByteArray> current(static_cast<size_t>(cn));
+    auto record = [&](int i) -> const QByteArray& {
+        QByteArray& r = current[size_t(i)];
+        if (r.isEmpty())
+            r = BlockRecord(ObjList->Items(i));
+        return r;
+    };
+    // Unchanged head.
+    int p = 0;
+    while (p < cn && p < n && BytesAt(S, S.Position(), record(p))) {
+        S.Seek(record(p).size(), soCurrent);
+        ++p;
+    }
+    // Read the stored blocks after the head one by one, until the current blocks left after the
+    // old ones they replace match the rest of the stored blocks byte for byte. Reading all the
+    // rest always ends it (nothing is left to match); after a few tries that is done at once.
+    const int d = n - cn;
+    std::vector<TDiagObject*> fresh;
+    auto dropFresh = [&] {
+        for (TDiagObject* o : fresh)
+            delete o;
+        fresh.clear();
+    };
+    constexpr int kTries = 8;
+    int64_t tailAt = 0;
+    try {
+        for (int k = std::max(0, d); p + k <= n; ++k) {
+            while (int(fresh.size()) < k)
+                fresh.push_back(TDiagObject::LoadFromStream(S, ObjList.get()));
+            if (k - d < 0 || p + k - d > cn)
+                continue;
+            if (k >= kTries && p + k < n)
+                continue; // straight on to reading all the rest
+            int64_t at = S.Position();
+            bool same = true;
+            for (int i = p + k - d; i < cn && same; ++i) {
+                same = BytesAt(S, at, record(i));
+                at += record(i).size();
+            }
+            if (same) {
+                tailAt = at;
+                break;
+            }
+            if (p + k == n)
+                return dropFresh(), false;
+        }
+    } catch (...) {
+        dropFresh();
+        throw;
+    }
+    const int k = int(fresh.size());
+    if (tailAt == 0)
+        return dropFresh(), false;
+    // Swap the old middle for the fresh blocks, which the list has appended at its end.
+    for (int i = 0; i < k - d; ++i)
+        delete ObjList->Items(p);
+    for (int j = 0; j < k; ++j) {
+        ObjList->Move(ObjList->IndexOf(fresh[size_t(j)]), p + j);
+        AssignObjEvents(fresh[size_t(j)]);
+    }
+    // A load gives blocks no selection of their own: only the stored selected block has one.
+    for (TDiagObject* o : ObjList->All()) {
+        o->SetSelected(false);
+        if (o->GetSelMarkerIndex() != 0)
+            o->SetSelMarkerIndex(0);
+    }
+    // Wires, attached to blocks by key as a load does. An end whose key names no block keeps
+    // its marker number, as the stored bytes have it.
+    S.SetPosition(tailAt);
+    const int32_t m = S.ReadInt32();
+    std::unordered_map<TObjKey, TDiagObject*> byKey;
+    byKey.reserve(size_t(ObjList->Count()));
+    for (TDiagObject* o : ObjList->All())
+        byKey.emplace(o->GetObjKey(), o); // the first block with a key wins, as in a search
+    auto find = [&](TObjKey key) -> TDiagObject* {
+        const auto it = byKey.find(key);
+        return it == byKey.end() ? nullptr : it->second;
+    };
+    ConList->LoadFromStream(
+        S,
+        [&](TDiagConnection* c) {
+            if (TDiagObject* src = find(c->GetSrcKey()))
+                c->SetSrcObject(src);
+            if (TDiagObject* dst = find(c->GetDstKey()))
+                c->SetDstObject(dst);
+        },
+        m);
+    CntList->LoadFromStream(S);
+    LoadInfoFromStream(S);
+    AssignPaintEvent();
+    if (FParent)
+        FParent->update();
+    return true;
 }
 
 void TDiagContainer::RestoreLooseEnds(TMemoryStream& Bytes) {

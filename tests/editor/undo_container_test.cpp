@@ -67,6 +67,8 @@ protected:
             EXPECT_TRUE(SameBytes(Stream(), after)) << "redo, round " << round;
         }
         EXPECT_EQ(stack->count(), steps + 1);
+        // Every restore kept the unchanged blocks and came out exact without a full load.
+        EXPECT_EQ(dc->FullRestoreCount(), 0);
     }
 
     // Runs `work`, which must leave the diagram as it was, and checks that it left no step.
@@ -380,4 +382,36 @@ TEST_F(UndoCommands, BlocksBroughtBackByUndoAnswerTheMouseAndTheCommands) {
     dialogs.Expect(TDialogAnswer::SizeValue(3));
     ExpectOneExactStep(QStringLiteral("Set Out Count"), [&] { dc->SetOutputCount(); });
     EXPECT_FALSE(stack->canRedo());
+}
+
+TEST_F(UndoCommands, UndoKeepsTheBlocksItDoesNotChange) {
+    dc->SelObj = b;
+    dialogs.Expect(TDialogAnswer::SizeValue(17));
+    dc->SetHorizMargin();
+    const QPointer<TDiagObject> keptA = a, keptText = text;
+    stack->undo();
+    // Only the changed block was made anew, in its place in the list.
+    EXPECT_EQ(dc->ObjList->Items(0), keptA.data());
+    EXPECT_EQ(dc->ObjList->Items(2), keptText.data());
+    EXPECT_NE(dc->ObjList->Items(1), nullptr);
+    EXPECT_EQ(dc->ObjList->Count(), 3);
+    EXPECT_EQ(dc->FullRestoreCount(), 0);
+}
+
+TEST_F(UndoCommands, UndoOfDeletingABlockInTheMiddlePutsItBackInItsPlace) {
+    dc->SelObj = b;
+    b->SetSelected(true);
+    const TObjKey key = b->GetObjKey();
+    const QPointer<TDiagObject> keptA = a, keptText = text;
+    const auto before = Stream();
+    dc->DelSelectedObject();
+    stack->undo();
+    EXPECT_TRUE(SameBytes(Stream(), before));
+    ASSERT_EQ(dc->ObjList->Count(), 3);
+    EXPECT_EQ(dc->ObjList->Items(0), keptA.data());
+    EXPECT_EQ(dc->ObjList->Items(1)->GetObjKey(), key);
+    EXPECT_EQ(dc->ObjList->Items(2), keptText.data());
+    // The wire is attached to the block brought back.
+    EXPECT_EQ(Con(0)->GetDstObject(), dc->ObjList->Items(1));
+    EXPECT_EQ(dc->FullRestoreCount(), 0);
 }

@@ -344,6 +344,7 @@ TEST_F(UndoProperty,
         }
         EXPECT_FALSE(stack->canRedo());
     }
+    EXPECT_EQ(dc->FullRestoreCount(), 0);
     // The sequences do change diagrams, most of the time.
     EXPECT_GT(changes, kSequences * kEditsPerSequence / 4);
 }
