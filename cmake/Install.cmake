@@ -7,6 +7,7 @@ install(TARGETS velDiagEdit EXPORT VelDiagEditTargets
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velDiagEdit)
 install(FILES ${VDE_BUILD_INCLUDE}/velDiagEdit/velDiagEdit_export.h
+    ${PROJECT_SOURCE_DIR}/package/velDiagEdit.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velDiagEdit)
 install(EXPORT VelDiagEditTargets
     NAMESPACE VelDiagEdit::

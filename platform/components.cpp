@@ -1,6 +1,9 @@
 #include "velDiagEdit/platform/components.h"
 
+#include "velDiagEdit/platform/errors.h"
+
 #include <QPointer>
+#include <QVariant>
 #include <vector>
 
 namespace vde {
@@ -8,6 +11,7 @@ namespace vde {
 namespace {
 
 const char* const kOwnedListName = "vde_components";
+const char* const kOwnerProperty = "vdeComponentOwner";
 
 // Lives as a Qt child of the owner, so it goes when the owner goes and takes the owned
 // components with it.
@@ -49,6 +53,39 @@ void InsertComponent(QObject* owner, QObject* component) {
         if (p == component)
             return;
     list->Items.emplace_back(component);
+    component->setProperty(kOwnerProperty, QVariant::fromValue(QPointer<QObject>(owner)));
+}
+
+QObject* ComponentOwner(const QObject* component) {
+    if (!component)
+        return nullptr;
+    return component->property(kOwnerProperty).value<QPointer<QObject>>().data();
+}
+
+bool IsValidIdent(const QString& name) {
+    if (name.isEmpty())
+        return false;
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        const char16_t c = name[i].unicode();
+        const bool letter = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_';
+        const bool digit = c >= u'0' && c <= u'9';
+        if (!letter && !(digit && i > 0))
+            return false;
+    }
+    return true;
+}
+
+void SetComponentName(QObject* owner, QObject* component, const QString& name) {
+    if (!component)
+        return;
+    if (!name.isEmpty() && !IsValidIdent(name))
+        throw EComponentError(QStringLiteral("\"%1\" is not a valid component name").arg(name));
+    if (!name.isEmpty()) {
+        QObject* other = FindComponent(owner, name);
+        if (other && other != component)
+            throw EComponentError(QStringLiteral("A component named %1 already exists").arg(name));
+    }
+    component->setObjectName(name);
 }
 
 QObject* FindComponent(const QObject* owner, const QString& name) {

@@ -1,48 +1,246 @@
-// The demo host: a window whose tab pages are host panels turned into diagram surfaces and
-// other uses of the library. With no display (offscreen platform) every page is rendered to a
-// PNG file instead: demo.png for the first page, demo-<n>.png for the others.
+// The demo host: a main window with one tab per named diagram, run through the package's
+// functions the way any host runs them. The diagrams live beside the program as <name>.dgm; on
+// the first start they are copied there from the sample diagrams. The "Diagram" menu switches
+// design mode for the current tab or for all, saves all, and saves or loads the current tab
+// through the file dialogs. The library's other demo pages follow as further tabs.
+//
+// With no display (offscreen platform) every tab is rendered to a PNG file instead: demo.png for
+// the first diagram, in design mode with its context menu open, and demo-<n>.png for the others.
 #include "demo_pages.h"
 
+#include <velDiagEdit/velDiagEdit.h>
+
+#include <QAction>
 #include <QApplication>
-#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
 #include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPalette>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <cstdio>
+#include <memory>
+#include <vector>
+
+namespace {
+
+// A diagram tab: a host panel, the canvas its wires are drawn with, and its command module.
+struct DiagramTab {
+    QString Name;
+    QString Sample; // copied beside the program when there is no diagram file yet
+    QWidget* Panel = nullptr;
+    std::unique_ptr<vde::TCanvas> Canvas;
+    vde::TdmDiagActions* Module = nullptr;
+};
+
+class DemoWindow : public QMainWindow {
+public:
+    DemoWindow() {
+        setWindowTitle(QStringLiteral("velDiagEdit demo"));
+        tabs = new QTabWidget(this);
+        setCentralWidget(tabs);
+        diagrams.resize(2);
+        diagrams[0].Name = QStringLiteral("Adder");
+        diagrams[0].Sample = QStringLiteral("half_adder.dgm");
+        diagrams[1].Name = QStringLiteral("Latch");
+        diagrams[1].Sample = QStringLiteral("rs_latch.dgm");
+        for (DiagramTab& d : diagrams) {
+            d.Panel = new QWidget;
+            d.Panel->setObjectName(d.Name + QStringLiteral("Panel"));
+            QPalette pal = d.Panel->palette();
+            pal.setColor(QPalette::Window, Qt::white);
+            d.Panel->setPalette(pal);
+            d.Panel->setAutoFillBackground(true);
+            d.Canvas = std::make_unique<vde::TCanvas>();
+            d.Canvas->SetHandle(d.Panel);
+            tabs->addTab(d.Panel, d.Name);
+        }
+        for (const DemoPage& page : DemoPages())
+            pages.push_back(tabs->addTab(page.Create(), page.Title));
+        BuildMenu();
+        connect(tabs, &QTabWidget::currentChanged, this, [this] { ShowState(); });
+        resize(900, 620);
+    }
+
+    // The host's start: the list, then one diagram per tab, loaded from beside the program. The
+    // last one made is the current diagram of the package and the only one in design mode.
+    void OpenDiagrams() {
+        vde::CreateDiagActionsList(this);
+        for (DiagramTab& d : diagrams) {
+            SeedFile(d);
+            d.Module = Guarded(QStringLiteral("Loading %1").arg(d.Name), [&] {
+                return vde::CreateAndLoadDiagActions(d.Name, d.Panel, d.Canvas.get(), false);
+            });
+        }
+        ShowState();
+    }
+
+    // The host's end: every module goes before the panels do.
+    void CloseDiagrams() { vde::FreeDiagActionsList(); }
+
+    DiagramTab* Current() {
+        const int i = tabs->currentIndex();
+        return i >= 0 && i < int(diagrams.size()) ? &diagrams[size_t(i)] : nullptr;
+    }
+
+    QTabWidget* tabs = nullptr;
+    std::vector<DiagramTab> diagrams;
+    std::vector<int> pages;
+    QAction* designHere = nullptr;
+
+private:
+    void BuildMenu() {
+        QMenu* m = menuBar()->addMenu(QStringLiteral("&Diagram"));
+        designHere = m->addAction(QStringLiteral("&Design mode (this tab)"));
+        designHere->setCheckable(true);
+        connect(designHere, &QAction::toggled, this, [this](bool on) {
+            if (DiagramTab* d = Current(); d && d->Module && d->Module->GetDesignMode() != on)
+                d->Module->SetDesignMode(on);
+            ShowState();
+        });
+        m->addAction(QStringLiteral("Design mode on &all tabs"), this, [this] {
+            vde::EnableDesignMode(true, true);
+            ShowState();
+        });
+        m->addAction(QStringLiteral("Design mode &off on all tabs"), this, [this] {
+            vde::EnableDesignMode(false, true);
+            ShowState();
+        });
+        m->addSeparator();
+        m->addAction(QStringLiteral("&Save all"), this, [this] {
+            Guarded(QStringLiteral("Saving"), [] {
+                vde::SaveDiagActionsDiagrams(QString());
+                return true;
+            });
+        });
+        m->addAction(QStringLiteral("Save tab &to ..."), this, [this] {
+            if (DiagramTab* d = Current(); d && d->Module)
+                Guarded(QStringLiteral("Saving"), [d] {
+                    d->Module->SaveDiagramToFile();
+                    return true;
+                });
+        });
+        m->addAction(QStringLiteral("&Load tab from ..."), this, [this] {
+            if (DiagramTab* d = Current(); d && d->Module)
+                Guarded(QStringLiteral("Loading"), [d] {
+                    d->Module->LoadDiagramFromFile();
+                    return true;
+                });
+        });
+        m->addSeparator();
+        m->addAction(QStringLiteral("E&xit"), this, &QWidget::close);
+    }
+
+    void ShowState() {
+        DiagramTab* d = Current();
+        const bool on = d && d->Module && d->Module->GetDesignMode();
+        if (designHere) {
+            const QSignalBlocker block(designHere);
+            designHere->setEnabled(d && d->Module);
+            designHere->setChecked(on);
+        }
+        if (d)
+            statusBar()->showMessage(
+                QStringLiteral("%1: %2 (right-click the surface in design mode for its menu)")
+                    .arg(d->Name, on ? QStringLiteral("design mode") : QStringLiteral("view")));
+        else
+            statusBar()->clearMessage();
+    }
+
+    // The package's functions raise typed errors to the host; this host shows them.
+    template <class F> auto Guarded(const QString& what, F&& f) -> decltype(f()) {
+        try {
+            return f();
+        } catch (const vde::Exception& e) {
+            QMessageBox::critical(this, QStringLiteral("velDiagEdit demo"),
+                                  QStringLiteral("%1 failed: %2").arg(what, e.Message()));
+        }
+        return decltype(f())();
+    }
+
+    static void SeedFile(const DiagramTab& d) {
+        const QString file =
+            vde::ExtractFilePath(vde::HostProgramPath()) + d.Name + QStringLiteral(".dgm");
+        if (!QFileInfo::exists(file))
+            QFile::copy(QStringLiteral(VDE_EXAMPLES_DIR "/") + d.Sample, file);
+    }
+};
+
+QImage Picture(QMainWindow& window) {
+    QImage img(window.size(), QImage::Format_ARGB32);
+    img.fill(Qt::white);
+    window.render(&img);
+    return img;
+}
+
+// The first diagram in design mode, one gate selected and the objects menu open over it.
+QImage DesignModePicture(DemoWindow& window) {
+    DiagramTab& d = window.diagrams.front();
+    window.tabs->setCurrentIndex(0);
+    window.designHere->setChecked(true);
+    QApplication::processEvents();
+    vde::TDiagContainer* dc = d.Module ? d.Module->DiagContr.get() : nullptr;
+    if (!dc || !dc->ObjList || dc->ObjList->Count() == 0)
+        return Picture(window);
+    vde::TDiagObject* gate = dc->ObjList->Items(dc->ObjList->Count() / 2);
+    gate->SetSelected(true);
+    dc->SelObj = gate;
+    QApplication::processEvents();
+    QMenu* menu = d.Module->pmObjects->Menu();
+    const QPoint at = gate->mapToGlobal(QPoint(gate->width() / 2, gate->height() / 2));
+    menu->popup(at);
+    menu->setActiveAction(d.Module->mnuCreate);
+    if (QMenu* sub = d.Module->mnuCreate->menu())
+        sub->popup(menu->mapToGlobal(menu->actionGeometry(d.Module->mnuCreate).topRight()));
+    QApplication::processEvents();
+    QImage img = Picture(window);
+    QPainter p(&img);
+    for (QMenu* m : {menu, d.Module->mnuCreate->menu()})
+        if (m && m->isVisible())
+            m->render(&p, window.mapFromGlobal(m->pos()));
+    p.end();
+    for (QMenu* m : {d.Module->mnuCreate->menu(), menu})
+        if (m)
+            m->hide();
+    return img;
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
-    QMainWindow window;
-    window.setWindowTitle(QStringLiteral("velDiagEdit demo"));
-    auto* tabs = new QTabWidget(&window);
-    window.setCentralWidget(tabs);
-    const auto pages = DemoPages();
-    for (const auto& page : pages)
-        tabs->addTab(page.Create(), page.Title);
-    window.resize(900, 620);
+    DemoWindow window;
+    window.OpenDiagrams();
 
     const bool offscreen = QGuiApplication::platformName() == QLatin1String("offscreen");
     if (!offscreen) {
         window.show();
-        return app.exec();
+        const int rc = app.exec();
+        window.CloseDiagrams();
+        return rc;
     }
     window.show();
-    for (int i = 0; i < tabs->count(); ++i) {
-        tabs->setCurrentIndex(i);
+    const auto pages = DemoPages();
+    for (int i = 0; i < window.tabs->count(); ++i) {
+        window.tabs->setCurrentIndex(i);
         QApplication::processEvents();
-        if (pages[size_t(i)].AfterShow)
-            pages[size_t(i)].AfterShow(tabs->widget(i));
+        const int page = i - int(window.diagrams.size());
+        if (page >= 0 && pages[size_t(page)].AfterShow)
+            pages[size_t(page)].AfterShow(window.tabs->widget(i));
         QApplication::processEvents();
-        QImage img(window.size(), QImage::Format_ARGB32);
-        img.fill(Qt::white);
-        window.render(&img);
+        const QImage img = i == 0 ? DesignModePicture(window) : Picture(window);
         const QString name =
             i == 0 ? QStringLiteral("demo.png") : QStringLiteral("demo-%1.png").arg(i + 1);
         img.save(name);
-        std::printf("%s: %s\n", qPrintable(pages[size_t(i)].Title),
+        std::printf("%s: %s\n", qPrintable(window.tabs->tabText(i)),
                     qPrintable(QFileInfo(name).absoluteFilePath()));
     }
+    window.CloseDiagrams();
     return 0;
 }

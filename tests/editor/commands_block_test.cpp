@@ -197,6 +197,19 @@ TEST_F(BlockCommands, ShiftByDeltaWhoseTextFailsAsTitlePositionsPutsEverythingBa
     EXPECT_EQ(out->FPoints.front(), MarkerAt(rs, 1));
 }
 
+TEST_F(BlockCommands, ShiftByDeltaToTheIntegerLimitWrapsTheWireEndsAsTheBlockDoes) {
+    auto* out = Connect(a, 1, b, -1);
+    const TPoints path = out->FPoints;
+    dc->SelObj = a;
+    dialogs.Expect(TDialogAnswer::Query(QStringLiteral("2147483647,0")));
+    dc->ShiftByDelta();
+    // For a positive x, x + (2^31 - 1) passes the largest 32-bit value and wraps by 2^32.
+    auto wrapped = [](int32_t x) { return int32_t(int64_t(x) + 2147483647 - 4294967296LL); };
+    EXPECT_EQ(out->FPoints[0], (TPoint{wrapped(path[0].X), path[0].Y}));
+    EXPECT_EQ(out->FPoints[1], (TPoint{wrapped(path[1].X), path[1].Y}));
+    EXPECT_EQ(out->FPoints[2], path[2]);
+}
+
 TEST_F(BlockCommands, ShiftByDeltaCancelledChangesNothing) {
     Connect(a, 1, b, -1);
     dc->SelObj = a;

@@ -118,70 +118,155 @@ protected:
 
 } // namespace
 
-TEST_F(MenuPaths, CreateBlocksConnectThemEditAndDeleteASegmentAndDeleteABlock) {
-    const int errors = EventBoundaryErrorCount();
-    // Two blocks from the objects menu of the empty surface, each where it was clicked.
-    TDiagObject* a = Create({40, 60}, "mnuAndLogic");
-    ASSERT_NE(a, nullptr);
-    EXPECT_EQ(a->BoundsRect(), (TRect{40, 60, 100, 160}));
-    TDiagObject* b = Create({260, 120}, "mnuOrLogic");
-    ASSERT_NE(b, nullptr);
-    EXPECT_EQ(b->BoundsRect(), (TRect{260, 120, 320, 220}));
-    EXPECT_EQ(b->GetDiagObjType(), doOrLogic);
+// Each path below takes the steps of the ones before it, then its own, and checks the picture.
+namespace {
 
-    // Select a, then its output; the connections menu of the marker starts a wire 40 long.
-    Click(a, Qt::LeftButton, QPoint(30, 80));
-    ASSERT_TRUE(a->GetSelected());
-    Click(a, Qt::LeftButton, OnMarker(a, 1));
-    ASSERT_EQ(a->GetSelMarkerIndex(), 1);
-    dialogs.Expect(TDialogAnswer::Segment(40, 0));
-    Choose(a, OnMarker(a, 1), "pmConnections", "mnuAddSegment");
+class UserPaths : public MenuPaths {
+protected:
+    TDiagObject* a = nullptr;
+    TDiagObject* b = nullptr;
+    TDiagConnection* w = nullptr;
+    int errors = 0;
+
+    void SetUp() override {
+        MenuPaths::SetUp();
+        errors = EventBoundaryErrorCount();
+    }
+    void TearDown() override {
+        EXPECT_EQ(EventBoundaryErrorCount(), errors);
+        MenuPaths::TearDown();
+    }
+
+    // An AND gate at (40, 60) and an OR gate at (260, 120), each from the objects menu of the
+    // empty surface where it was right-clicked.
+    void CreateBlocks() {
+        a = Create({40, 60}, "mnuAndLogic");
+        ASSERT_NE(a, nullptr);
+        ASSERT_EQ(a->BoundsRect(), (TRect{40, 60, 100, 160}));
+        b = Create({260, 120}, "mnuOrLogic");
+        ASSERT_NE(b, nullptr);
+        ASSERT_EQ(b->BoundsRect(), (TRect{260, 120, 320, 220}));
+    }
+    // a selected, then its output; "Add Segment ..." from the marker's menu, 40 pixels.
+    void StartWire() {
+        CreateBlocks();
+        Click(a, Qt::LeftButton, QPoint(30, 80));
+        ASSERT_TRUE(a->GetSelected());
+        Click(a, Qt::LeftButton, OnMarker(a, 1));
+        ASSERT_EQ(a->GetSelMarkerIndex(), 1);
+        dialogs.Expect(TDialogAnswer::Segment(40, 0));
+        Choose(a, OnMarker(a, 1), "pmConnections", "mnuAddSegment");
+        ASSERT_EQ(dc->ConList->Count(), 1);
+        w = dc->ConList->Items(0);
+    }
+    // Two segments, each from a right click beside the wire: down 83, then right 100.
+    void AddTwoSegments() {
+        StartWire();
+        dialogs.Expect(TDialogAnswer::Segment(83, 90));
+        Choose(&panel, {120, 110}, "pmConnections", "mnuAddSegment");
+        dialogs.Expect(TDialogAnswer::Segment(100, -90));
+        Choose(&panel, {139, 150}, "pmConnections", "mnuAddSegment");
+    }
+    // b selected, then its second input; "End Connection" from the menu of the wire's end.
+    void EndOnB() {
+        AddTwoSegments();
+        Click(b, Qt::LeftButton, QPoint(30, 50));
+        ASSERT_TRUE(b->GetSelected());
+        Click(b, Qt::LeftButton, OnMarker(b, -2));
+        ASSERT_EQ(b->GetSelMarkerIndex(), -2);
+        Choose(&panel, {200, 193}, "pmConnections", "mnuEndConnection");
+    }
+    // The vertical segment turned to 45 degrees at its size.
+    void EditAngle() {
+        EndOnB();
+        dialogs.Expect(TDialogAnswer::Segment(83, 45));
+        Choose(&panel, {135, 150}, "pmConnections", "mnuEditSegment");
+    }
+    // The segment after the turned one deleted.
+    void DeleteSegment() {
+        EditAngle();
+        Choose(&panel, {216, 179}, "pmConnections", "mnuDelSegment");
+    }
+};
+
+} // namespace
+
+TEST_F(UserPaths, CreateABlockFromTheSurfaceMenuWhereItWasClicked) {
+    CreateBlocks();
+    EXPECT_EQ(a->GetDiagObjType(), doAndLogic);
+    EXPECT_EQ(b->GetDiagObjType(), doOrLogic);
+    EXPECT_EQ(LastAsked(), QString());
+    const QImage img = Render();
+    EXPECT_EQ(PixelColor(img, 70, 140), TColor(0xC0C0C0));  // a's body below its title
+    EXPECT_EQ(PixelColor(img, 290, 200), TColor(0xC0C0C0)); // b's body
+    EXPECT_EQ(PixelColor(img, 200, 100), TColor(0xFFFFFF)); // the surface between them
+}
+
+TEST_F(UserPaths, AddAConnectionFromAMarkerStartsAStubAtIt) {
+    StartWire();
     EXPECT_EQ(LastAsked(),
               QStringLiteral("EditSegmentParams \"\" Size=100 Angle=0 OnlySize=1 Pos=-1,-1"));
-    ASSERT_EQ(dc->ConList->Count(), 1);
-    TDiagConnection* w = dc->ConList->Items(0);
     // The output's outer end is at (98, 108): the wire starts one pixel inside.
     ASSERT_EQ(MarkerAt(a, 1), (TPoint{98, 108}));
     EXPECT_EQ(w->FPoints, (TPoints{{97, 108}, {137, 108}}));
     EXPECT_EQ(dc->SelInfo, LR(1, 1));
+    const QImage img = Render();
+    // The new segment is the selected one.
+    EXPECT_EQ(PixelColor(img, 120, 108), TColor(0xFF00FF));
+    EXPECT_EQ(PixelColor(img, 145, 108), TColor(0xFFFFFF));
+}
 
-    // Two segments, each from a right click on the wire: down 83, then right 100.
-    dialogs.Expect(TDialogAnswer::Segment(83, 90));
-    Choose(&panel, {120, 110}, "pmConnections", "mnuAddSegment");
+TEST_F(UserPaths, AddTwoSegmentsDownThenRight) {
+    AddTwoSegments();
     EXPECT_EQ(LastAsked(),
               QStringLiteral("EditSegmentParams \"\" Size=100 Angle=0 OnlySize=0 Pos=-1,-1"));
-    dialogs.Expect(TDialogAnswer::Segment(100, -90));
-    Choose(&panel, {139, 150}, "pmConnections", "mnuAddSegment");
     EXPECT_EQ(w->FPoints, (TPoints{{97, 108}, {137, 108}, {137, 191}, {237, 191}}));
     EXPECT_EQ(dc->SelInfo, LR(1, 3));
+    const QImage img = Render();
+    EXPECT_EQ(PixelColor(img, 120, 108), TColor(0x000000));
+    EXPECT_EQ(PixelColor(img, 137, 150), TColor(0x000000));
+    EXPECT_EQ(PixelColor(img, 200, 191), TColor(0xFF00FF));
+}
 
-    // End it on b's second input: select b and the marker, then the wire's menu.
-    Click(b, Qt::LeftButton, QPoint(30, 50));
-    ASSERT_TRUE(b->GetSelected());
+TEST_F(UserPaths, EndTheConnectionOnAnotherBlocksMarker) {
+    EndOnB();
     EXPECT_FALSE(a->GetSelected());
-    Click(b, Qt::LeftButton, OnMarker(b, -2));
-    ASSERT_EQ(b->GetSelMarkerIndex(), -2);
     ASSERT_EQ(MarkerAt(b, -2), (TPoint{260, 191}));
-    Choose(&panel, {200, 193}, "pmConnections", "mnuEndConnection");
     EXPECT_EQ(w->FPoints, (TPoints{{97, 108}, {137, 108}, {137, 191}, {237, 191}, {260, 191}}));
     EXPECT_EQ(w->GetDstObject(), b);
     EXPECT_EQ(w->FDstConIdx, -2);
+    const QImage img = Render();
+    // The piece that joins the wire to the marker, up to b's edge.
+    EXPECT_EQ(PixelColor(img, 250, 191), TColor(0x000000));
+}
 
-    // The vertical segment's angle: shown as 90 degrees, set to 45 (one step) at the same size.
-    dialogs.Expect(TDialogAnswer::Segment(83, 45));
-    Choose(&panel, {135, 150}, "pmConnections", "mnuEditSegment");
+TEST_F(UserPaths, EditASegmentsAngle) {
+    EditAngle();
+    // Shown as 90 degrees (down); 45 typed is one step, at the same size.
     EXPECT_EQ(LastAsked(),
               QStringLiteral("EditSegmentParams \"\" Size=83 Angle=90 OnlySize=0 Pos=-1,-1"));
     // 83 pixels at 45 degrees: 58.7 across and down, rounded to 59.
     EXPECT_EQ(w->FPoints, (TPoints{{97, 108}, {137, 108}, {196, 167}, {237, 191}, {260, 191}}));
+    const QImage img = Render();
+    EXPECT_EQ(PixelColor(img, 166, 137), TColor(0xFF00FF)); // on the turned segment
+    EXPECT_EQ(PixelColor(img, 137, 180), TColor(0xFFFFFF)); // where it ran before
+}
 
-    // Delete the segment after it; the one before is selected.
-    Choose(&panel, {216, 179}, "pmConnections", "mnuDelSegment");
+TEST_F(UserPaths, DeleteASegment) {
+    DeleteSegment();
     EXPECT_EQ(w->FPoints, (TPoints{{97, 108}, {137, 108}, {196, 167}, {260, 191}}));
+    // The segment before the deleted one is selected.
     EXPECT_EQ(dc->SelInfo, LR(1, 2));
     EXPECT_EQ(w->GetSelectedIndex(), 1);
+    const QImage img = Render();
+    EXPECT_EQ(PixelColor(img, 166, 137), TColor(0xFF00FF));
+    EXPECT_EQ(PixelColor(img, 228, 179), TColor(0x000000)); // the merged last segment
+    EXPECT_EQ(PixelColor(img, 236, 191), TColor(0xFFFFFF)); // the corner that went
+}
 
-    // Delete b from its objects menu: the wire stays, without its end.
+TEST_F(UserPaths, DeleteABlockAndItsWireKeepsThePathWithoutAnEnd) {
+    DeleteSegment();
+    // b is still the selected block; a click away from its markers opens the objects menu.
     Choose(b, QPoint(30, 50), "pmObjects", "mnuDelete");
     EXPECT_EQ(dc->ObjList->Count(), 1);
     EXPECT_EQ(dc->SelObj, nullptr);
@@ -190,15 +275,13 @@ TEST_F(MenuPaths, CreateBlocksConnectThemEditAndDeleteASegmentAndDeleteABlock) {
     EXPECT_EQ(w->FDstConIdx, 0);
     EXPECT_EQ(w->FPoints, (TPoints{{97, 108}, {137, 108}, {196, 167}, {260, 191}}));
     EXPECT_EQ(dc->SelInfo, LR(1, 2));
-    EXPECT_EQ(EventBoundaryErrorCount(), errors);
-
     // The picture: a's body, the black stub, the selected diagonal in fuchsia, and no b.
     const QImage img = Render();
-    EXPECT_EQ(PixelColor(img, 70, 140), TColor(0xC0C0C0)); // a's body below its title
+    EXPECT_EQ(PixelColor(img, 70, 140), TColor(0xC0C0C0));
     EXPECT_EQ(PixelColor(img, 117, 108), TColor(0x000000));
     EXPECT_EQ(PixelColor(img, 166, 137), TColor(0xFF00FF));
+    EXPECT_EQ(PixelColor(img, 228, 179), TColor(0x000000));
     EXPECT_EQ(PixelColor(img, 290, 170), TColor(0xFFFFFF)); // where b was
-    EXPECT_EQ(PixelColor(img, 228, 179), TColor(0x000000)); // the last segment, black
 }
 
 TEST_F(MenuPaths, TypedGarbageForAShiftShowsTheConversionErrorAndLeavesTheDiagram) {

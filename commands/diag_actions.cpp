@@ -1,0 +1,383 @@
+#include "velDiagEdit/commands/diag_actions.h"
+
+#include "velDiagEdit/geometry/codecs.h"
+#include "velDiagEdit/geometry/diag_types.h"
+#include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/platform/components.h"
+#include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/event_boundary.h"
+#include "velDiagEdit/platform/host_program.h"
+
+#include <QMenuBar>
+
+namespace vde {
+
+namespace {
+
+const QString kDiagramExt = QStringLiteral(".dgm");
+
+} // namespace
+
+TdmDiagActions::TdmDiagActions(QObject* AOwner) : QObject(nullptr), FOwner(AOwner) {
+    InsertComponent(AOwner, this);
+    BuildComponents();
+    FMoveResize = new TdmMoveResize(this);
+}
+
+TdmDiagActions::~TdmDiagActions() {
+    DataModuleDestroy(this);
+    delete FMoveResize.data();
+    FMoveResize = nullptr;
+}
+
+void TdmDiagActions::DataModuleDestroy(QObject* /*Sender*/) {
+    DiagContr.reset();
+}
+
+void TdmDiagActions::SetName(const QString& Value) {
+    SetComponentName(FOwner.data(), this, Value);
+}
+
+// ---- design-time components ------------------------------------------------------------------
+
+TMenuItem* TdmDiagActions::DesignItem(TMenuItem* AParent, const QString& AName,
+                                      const QString& ACaption,
+                                      void (TdmDiagActions::*Handler)(QObject*)) {
+    auto* item = new TMenuItem(this);
+    InsertComponent(this, item);
+    SetComponentName(this, item, AName);
+    item->SetCaption(ACaption);
+    if (Handler)
+        item->OnClick = [this, Handler](QObject* Sender) { (this->*Handler)(Sender); };
+    AParent->Add(item);
+    return item;
+}
+
+void TdmDiagActions::BuildComponents() {
+    using S = QString;
+    pmConnections = new TPopupMenu(this);
+    InsertComponent(this, pmConnections);
+    SetComponentName(this, pmConnections, S("pmConnections"));
+    pmObjects = new TPopupMenu(this);
+    InsertComponent(this, pmObjects);
+    SetComponentName(this, pmObjects, S("pmObjects"));
+
+    TMenuItem* c = pmConnections->Items();
+    mnuAddSegment = DesignItem(c, S("mnuAddSegment"), S("Add Segment ..."),
+                               &TdmDiagActions::mnuAddSegmentClick);
+    mnuEditSegment = DesignItem(c, S("mnuEditSegment"), S("Edit Segment ..."),
+                                &TdmDiagActions::mnuEditSegmentClick);
+    mnuGetSegmentIndex = DesignItem(c, S("mnuGetSegmentIndex"), S("Get Seg. Index"),
+                                    &TdmDiagActions::mnuGetSegmentIndexClick);
+    mnuGetSegmentRect = DesignItem(c, S("mnuGetSegmentRect"), S("Get Seg. Rect"),
+                                   &TdmDiagActions::mnuGetSegmentRectClick);
+    mnuDelSegment =
+        DesignItem(c, S("mnuDelSegment"), S("Del. Segment"), &TdmDiagActions::mnuDelSegmentClick);
+    mnuAlignSegment = DesignItem(c, S("mnuAlignSegment"), S("Align Segment"),
+                                 &TdmDiagActions::mnuAlignSegmentClick);
+    mnuEndConnections = DesignItem(c, S("mnuEndConnections"), S("End Connections"), nullptr);
+    mnuEndConnection = DesignItem(mnuEndConnections, S("mnuEndConnection"), S("End Connection"),
+                                  &TdmDiagActions::mnuEndConnectionClick);
+    mnuEndWithCross = DesignItem(mnuEndConnections, S("mnuEndWithCross"), S("End with Cross"),
+                                 &TdmDiagActions::mnuEndWithCrossClick);
+    mnuEndWithSegment = DesignItem(mnuEndConnections, S("mnuEndWithSegment"), S("End with Segment"),
+                                   &TdmDiagActions::mnuEndWithSegmentClick);
+    mnuConnection = DesignItem(c, S("mnuConnection"), S("Connection"), nullptr);
+    mnuChangeConType =
+        DesignItem(mnuConnection, S("mnuChangeConType"), S("Change Type ..."), nullptr);
+    mnuChangeConSize = DesignItem(mnuConnection, S("mnuChangeConSize"), S("Change Size ..."),
+                                  &TdmDiagActions::mnuChangeConSizeClick);
+    mnuChangeConPos = DesignItem(mnuConnection, S("mnuChangeConPos"), S("Change Pos ..."),
+                                 &TdmDiagActions::mnuChangeConPosClick);
+
+    TMenuItem* o = pmObjects->Items();
+    mnuCreate = DesignItem(o, S("mnuCreate"), S("Create"), nullptr);
+    mnuDelete = DesignItem(o, S("mnuDelete"), S("Delete"), &TdmDiagActions::mnuDeleteClick);
+    mnuShiftBy =
+        DesignItem(o, S("mnuShiftBy"), S("Shift By Delta ..."), &TdmDiagActions::mnuShiftByClick);
+    mnuRefresh = DesignItem(o, S("mnuRefresh"), S("Refresh"), &TdmDiagActions::mnuRefreshClick);
+    mnuInputs = DesignItem(o, S("mnuInputs"), S("Inputs"), nullptr);
+    mnuSetInputCount = DesignItem(mnuInputs, S("mnuSetInputCount"), S("Set In Count ..."),
+                                  &TdmDiagActions::mnuSetInputCountClick);
+    mnuOutputs = DesignItem(o, S("mnuOutputs"), S("Outputs"), nullptr);
+    mnuSetOutputCount = DesignItem(mnuOutputs, S("mnuSetOutputCount"), S("Set Out Count ..."),
+                                   &TdmDiagActions::mnuSetOutputCountClick);
+    mnuMargins = DesignItem(o, S("mnuMargins"), S("Margins"), nullptr);
+    mnuHorizMargin = DesignItem(mnuMargins, S("mnuHorizMargin"), S("Horiz. Margin ..."),
+                                &TdmDiagActions::mnuHorizMarginClick);
+    mnuTextParams = DesignItem(o, S("mnuTextParams"), S("Text Params"), nullptr);
+    mnuSetTitles = DesignItem(mnuTextParams, S("mnuSetTitles"), S("Set Title ..."),
+                              &TdmDiagActions::mnuSetTitlesClick);
+    mnuSetTextSize = DesignItem(mnuTextParams, S("mnuSetTextSize"), S("Set Text Sizes ..."),
+                                &TdmDiagActions::mnuSetTextSizeClick);
+    mnuSetTextPos = DesignItem(mnuTextParams, S("mnuSetTextPos"), S("Set Text Pos ..."),
+                               &TdmDiagActions::mnuSetTextPosClick);
+    mnuAlignTitles = DesignItem(mnuTextParams, S("mnuAlignTitles"), S("Align Titles"),
+                                &TdmDiagActions::mnuAlignTitlesClick);
+    mnuFile = DesignItem(o, S("mnuFile"), S("File"), nullptr);
+    mnuSaveToFile = DesignItem(mnuFile, S("mnuSaveToFile"), S("Save To ..."),
+                               &TdmDiagActions::mnuSaveToFileClick);
+    mnuLoadFromFile = DesignItem(mnuFile, S("mnuLoadFromFile"), S("Load From ..."),
+                                 &TdmDiagActions::mnuLoadFromFileClick);
+
+    for (TFileDialog* d :
+         {static_cast<TFileDialog*>(&dlgOpen), static_cast<TFileDialog*>(&dlgSave)}) {
+        d->DefaultExt = QStringLiteral("dgm");
+        d->Filter = QStringLiteral("Diagram files (*.dgm)|*.dgm");
+    }
+}
+
+TMenuItem* TdmDiagActions::CreateMenuItem(TMenuItem* AParent, const QString& AName,
+                                          const QString& ACaption, int APos) {
+    if (!AParent)
+        return nullptr;
+    QObject* owner = ComponentOwner(AParent);
+    // Items of a menu bar belong to the bar's own owner.
+    if (owner && qobject_cast<QMenuBar*>(owner))
+        owner = ComponentOwner(owner) ? ComponentOwner(owner) : owner->parent();
+    if (!owner)
+        return nullptr;
+    auto item = std::make_unique<TMenuItem>(owner);
+    InsertComponent(owner, item.get());
+    SetComponentName(owner, item.get(), AName);
+    item->SetCaption(ACaption);
+    if (APos >= 0 && APos <= AParent->Count())
+        AParent->Insert(APos, item.get());
+    else
+        AParent->Add(item.get());
+    return item.release();
+}
+
+// ---- the surface -----------------------------------------------------------------------------
+
+TDiagContainer& TdmDiagActions::Container() const {
+    if (!DiagContr)
+        throw EInvalidOperation(
+            QStringLiteral("The diagram \"%1\" has no surface: its container was not created")
+                .arg(GetName()));
+    return *DiagContr;
+}
+
+void TdmDiagActions::CreateContainer(QWidget* AParent, TCanvas* ACanvas) {
+    DiagContr.reset();
+    DiagContr = std::make_unique<TDiagContainer>(AParent, ACanvas, FMoveResize.data());
+    LinkEvents();
+}
+
+void TdmDiagActions::FreeContainer() {
+    DiagContr.reset();
+}
+
+void TdmDiagActions::LinkEvents() {
+    // A container without a canvas has no blocks or wires for the menus to work on.
+    if (!DiagContr || !DiagContr->GetCanvas())
+        return;
+    DiagContr->AssignContextMenus(pmConnections, pmObjects);
+    FillCreateMenu(0);
+    FillMarkerMenu(0);
+}
+
+void TdmDiagActions::UnlinkEvents() {
+    if (DiagContr)
+        DiagContr->AssignContextMenus(nullptr, nullptr);
+    FillCreateMenu(0);
+    FillMarkerMenu(0);
+}
+
+// The items call the current container's command when chosen, so a container made again later
+// is the one they reach.
+void TdmDiagActions::FillCreateMenu(int Link) {
+    const TNotifyEvent create = [this](QObject* Sender) {
+        if (DiagContr)
+            DiagContr->CreateDiagObEvent(Sender);
+    };
+    if (mnuCreate->Count() > 0) {
+        for (int i = 0; i < mnuCreate->Count(); ++i)
+            mnuCreate->Items(i)->OnClick = Link != 0 ? create : TNotifyEvent();
+        return;
+    }
+    for (int t = doText; t <= doRSTrigger; ++t) {
+        const QString caption = GoodDiagObjTypeName(t);
+        TMenuItem* item = CreateMenuItem(mnuCreate, QStringLiteral("mnu") + caption, caption, -1);
+        if (!item)
+            continue;
+        item->Tag = t;
+        item->OnClick = create;
+    }
+}
+
+void TdmDiagActions::FillMarkerMenu(int Link) {
+    if (mnuChangeConType->Count() > 0) {
+        // Relinking binds block creation here, not the marker type: the way the items have
+        // always been relinked, and only ever reached with Link 0, which unbinds them.
+        const TNotifyEvent create = [this](QObject* Sender) {
+            if (DiagContr)
+                DiagContr->CreateDiagObEvent(Sender);
+        };
+        for (int i = 0; i < mnuChangeConType->Count(); ++i)
+            mnuChangeConType->Items(i)->OnClick = Link != 0 ? create : TNotifyEvent();
+        return;
+    }
+    const TNotifyEvent changeType = [this](QObject* Sender) {
+        if (DiagContr)
+            DiagContr->ChangeMarkerType(Sender);
+    };
+    for (int t = itDirect; t <= itArrow; ++t) {
+        const QString caption = GoodMarkerTypeName(t);
+        TMenuItem* item =
+            CreateMenuItem(mnuChangeConType, QStringLiteral("mnu") + caption, caption, -1);
+        if (!item)
+            continue;
+        item->Tag = t;
+        item->OnClick = changeType;
+    }
+}
+
+void TdmDiagActions::SetDesignMode(bool Value) {
+    Container().SetDesignMode(Value);
+    if (Value)
+        FNeedSave = true;
+}
+
+bool TdmDiagActions::GetDesignMode() const {
+    return DiagContr && DiagContr->GetDesignMode();
+}
+
+QWidget* TdmDiagActions::GetCurrentNodeControl() const {
+    return DiagContr ? DiagContr->GetCurrentNodeControl() : nullptr;
+}
+
+void TdmDiagActions::CreateDiagObEvent(QObject* Sender) {
+    auto* item = qobject_cast<TMenuItem*>(Sender);
+    if (!item || item->Tag < 0 || item->Tag > 255)
+        return;
+    Container().CreateObjectAtMousePos(TDiagObjectType(uint8_t(item->Tag)));
+}
+
+void TdmDiagActions::ParentMouseUp(QObject* /*Sender*/, TMouseButton Button, TShiftState /*Shift*/,
+                                   int X, int Y) {
+    TDiagContainer& dc = Container();
+    dc.SelectBestSegment(TPoint{X, Y});
+    if (Button == mbRight && dc.GetParent()) {
+        // Converted and not used further: nothing pops up from here.
+        (void)ClientToScreen(dc.GetParent(), TPoint{X, Y});
+    }
+}
+
+// ---- storage ---------------------------------------------------------------------------------
+
+QString TdmDiagActions::DiagramFileName(const QString& AName) const {
+    const QString name = AName.isEmpty() ? GetName() : AName;
+    return ExtractFilePath(HostProgramPath()) + name + kDiagramExt;
+}
+
+void TdmDiagActions::SaveDiagram(const QString& AName) {
+    Container().SaveDiagramToFile(DiagramFileName(AName));
+}
+
+void TdmDiagActions::LoadDiagram(const QString& AName) {
+    const QString file = DiagramFileName(AName);
+    if (FileExists(file))
+        Container().LoadDiagramFromFile(file);
+}
+
+void TdmDiagActions::LoadDiagramEx(const QString& /*AName*/, const QString& /*ATabName*/) {
+    LoadDiagram(QString());
+}
+
+// Proposes the last file saved or opened, else the host program's name with ".dgm".
+void TdmDiagActions::SaveDiagramToFile() {
+    TDiagContainer& dc = Container();
+    if (dlgSave.FileName.isEmpty())
+        dlgSave.FileName = dlgOpen.FileName;
+    if (dlgSave.FileName.isEmpty())
+        dlgSave.FileName = ChangeFileExt(HostProgramPath(), kDiagramExt);
+    dlgSave.InitialDir = ExtractFilePath(dlgSave.FileName);
+    dlgSave.FileName = ExtractFileName(dlgSave.FileName);
+    if (dlgSave.Execute())
+        dc.SaveDiagramToFile(dlgSave.FileName);
+}
+
+// Proposes the last file opened, else the host program's name with ".dgm"; the save dialog's
+// name is not consulted.
+void TdmDiagActions::LoadDiagramFromFile() {
+    TDiagContainer& dc = Container();
+    if (dlgOpen.FileName.isEmpty())
+        dlgOpen.FileName = ChangeFileExt(HostProgramPath(), kDiagramExt);
+    dlgOpen.InitialDir = ExtractFilePath(dlgOpen.FileName);
+    dlgOpen.FileName = ExtractFileName(dlgOpen.FileName);
+    if (dlgOpen.Execute()) {
+        FNeedSave = true;
+        dc.LoadDiagramFromFile(dlgOpen.FileName);
+    }
+}
+
+void TdmDiagActions::SaveDefaultDiagramFile() {
+    Container().SaveDefaultDiagramFile();
+}
+
+void TdmDiagActions::LoadDefaultDiagramFile() {
+    Container().LoadDefaultDiagramFile();
+}
+
+// ---- menu handlers ---------------------------------------------------------------------------
+
+void TdmDiagActions::RunFileCommand(void (TdmDiagActions::*Command)(), const QString& Action,
+                                    const TFileDialog& Dialog) {
+    try {
+        (this->*Command)();
+    } catch (const Exception& e) {
+        // The platform's file errors name the file already; the others get it added.
+        const QString file = Dialog.FileName;
+        const QString text = e.Message().contains(file)
+                                 ? e.Message()
+                                 : QStringLiteral("%1 \"%2\": %3").arg(Action, file, e.Message());
+        ReportEventError("menu", text);
+    }
+}
+
+#define VDE_FORWARD(Handler, Command)                                                              \
+    void TdmDiagActions::Handler(QObject* /*Sender*/) {                                            \
+        if (DiagContr)                                                                             \
+            DiagContr->Command();                                                                  \
+    }
+
+VDE_FORWARD(mnuAddSegmentClick, AddSegmentToConnection)
+VDE_FORWARD(mnuEditSegmentClick, EditSegmentOfConnection)
+VDE_FORWARD(mnuGetSegmentIndexClick, ShowSegmentIndex)
+VDE_FORWARD(mnuGetSegmentRectClick, ShowSegmentRect)
+VDE_FORWARD(mnuDelSegmentClick, DeleteCurSegment)
+VDE_FORWARD(mnuAlignSegmentClick, AlignCurSegment)
+VDE_FORWARD(mnuEndConnectionClick, EndDiagConnection)
+VDE_FORWARD(mnuEndWithCrossClick, EndConnectionWithCross)
+VDE_FORWARD(mnuEndWithSegmentClick, EndConnectionWithSegment)
+VDE_FORWARD(mnuChangeConSizeClick, ChangeMarkerSize)
+VDE_FORWARD(mnuChangeConPosClick, ChangeMarkerPos)
+VDE_FORWARD(mnuDeleteClick, DelSelectedObject)
+VDE_FORWARD(mnuShiftByClick, ShiftByDelta)
+VDE_FORWARD(mnuRefreshClick, Refresh)
+VDE_FORWARD(mnuSetInputCountClick, SetInputCount)
+VDE_FORWARD(mnuSetOutputCountClick, SetOutputCount)
+VDE_FORWARD(mnuHorizMarginClick, SetHorizMargin)
+VDE_FORWARD(mnuSetTitlesClick, SetTextValues)
+VDE_FORWARD(mnuSetTextSizeClick, SetTextHeights)
+VDE_FORWARD(mnuSetTextPosClick, SetTextPosValues)
+VDE_FORWARD(mnuAlignTitlesClick, AlignTitles)
+
+#undef VDE_FORWARD
+
+void TdmDiagActions::mnuSaveToFileClick(QObject* /*Sender*/) {
+    if (DiagContr)
+        RunFileCommand(&TdmDiagActions::SaveDiagramToFile,
+                       QStringLiteral("Cannot save the diagram to"), dlgSave);
+}
+
+void TdmDiagActions::mnuLoadFromFileClick(QObject* /*Sender*/) {
+    if (DiagContr)
+        RunFileCommand(&TdmDiagActions::LoadDiagramFromFile,
+                       QStringLiteral("Cannot load the diagram from"), dlgOpen);
+}
+
+void TdmDiagActions::mnuAddConnectionClick(QObject* /*Sender*/) {}
+
+} // namespace vde

@@ -1,0 +1,190 @@
+#pragma once
+// The command module of one diagram: it owns the diagram surface (TDiagContainer) on a host
+// panel and the move/resize handles, holds the two context menus the surface pops up and the
+// open/save dialogs, and forwards every menu command to the surface. It also saves and loads the
+// diagram by name beside the host program and through the file dialogs.
+//
+// Ownership: the module is a component of the owner given to the constructor, which frees it
+// when it goes (unless it was freed before). The module owns its menus, their items, the
+// move/resize module and the container; the container goes first, in DataModuleDestroy.
+//
+// Errors: the operations a host calls (SaveDiagram, LoadDiagram, SaveDiagramToFile, ...) raise
+// the platform's typed errors (EStreamError and its kinds for files that cannot be created or
+// opened, EReadError for a malformed diagram, EComponentError for a bad name,
+// EInvalidOperation when there is no container). The menu handlers never let an error out: a
+// file command shows the file name and the reason in one error message and the open diagram
+// stays as it was; any other command's error is shown by the menus' event boundary.
+
+#include "velDiagEdit/editor/diag_container.h"
+#include "velDiagEdit/handles/move_resize.h"
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/dialog_service.h"
+#include "velDiagEdit/platform/menus.h"
+#include "velDiagEdit/velDiagEdit_export.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+#include <memory>
+
+namespace vde {
+
+class TCanvas;
+
+class VELDIAGEDIT_EXPORT TdmDiagActions : public QObject {
+    Q_OBJECT
+public:
+    // Builds the menus and dialogs and the move/resize module; no container yet. The module is
+    // listed as a component of AOwner (may be null).
+    explicit TdmDiagActions(QObject* AOwner);
+    ~TdmDiagActions() override;
+    TdmDiagActions(const TdmDiagActions&) = delete;
+    TdmDiagActions& operator=(const TdmDiagActions&) = delete;
+
+    QObject* Owner() const { return FOwner.data(); }
+    // The component name: a valid identifier unique among the owner's components (or empty);
+    // anything else raises EComponentError and the name stays as it was.
+    QString GetName() const { return objectName(); }
+    void SetName(const QString& Value);
+
+    // ---- the surface
+    // A container on AParent drawing its wires with ACanvas (none: a container of the parent's
+    // own widgets only), with this module's move/resize handles; then LinkEvents. A container
+    // made before is freed first.
+    void CreateContainer(QWidget* AParent, TCanvas* ACanvas);
+    void FreeContainer();
+    // With a container that has a canvas: hands it the two menus and fills the submenus.
+    void LinkEvents();
+    void UnlinkEvents();
+    // Link 0 on a submenu already filled unbinds its items; see the definition.
+    void FillCreateMenu(int Link);
+    void FillMarkerMenu(int Link);
+
+    // Design mode of the container; switching it on marks the diagram as to be saved.
+    void SetDesignMode(bool Value);
+    bool GetDesignMode() const;
+    // The control that carries the move/resize handles now; none without a container.
+    QWidget* GetCurrentNodeControl() const;
+    bool GetUseDefaultSaveLoadProc() const { return FUseDefaultSaveLoadProc; }
+    void SetUseDefaultSaveLoadProc(bool Value) { FUseDefaultSaveLoadProc = Value; }
+    bool GetNeedSave() const { return FNeedSave; }
+
+    // Kept for hosts: creates a block of the kind in Sender's Tag at the last click point. The
+    // filled menu items call the container's own handler instead.
+    void CreateDiagObEvent(QObject* Sender);
+    // Kept for hosts; not bound to anything by this module: selects the segment nearest (X, Y).
+    void ParentMouseUp(QObject* Sender, TMouseButton Button, TShiftState Shift, int X, int Y);
+
+    // ---- storage
+    // By name, as <host program directory>/<name>.dgm; an empty name means this module's name.
+    // Saving always writes; loading skips a missing file without a word. A storage of another
+    // kind (a table) overrides both; every caller goes through these two.
+    virtual void SaveDiagram(const QString& AName);
+    virtual void LoadDiagram(const QString& AName);
+    // Loading for a host window that names a tab as well: here LoadDiagram(""); a table storage
+    // overrides it to find the record by AName and ATabName.
+    virtual void LoadDiagramEx(const QString& AName, const QString& ATabName);
+    // The file SaveDiagram and LoadDiagram use for AName.
+    QString DiagramFileName(const QString& AName) const;
+    // Through the save and open dialogs; see the definitions for the names they propose.
+    void SaveDiagramToFile();
+    void LoadDiagramFromFile();
+    // The container's default file: the host program's path with the extension ".dgm".
+    void SaveDefaultDiagramFile();
+    void LoadDefaultDiagramFile();
+
+    void DataModuleDestroy(QObject* Sender);
+
+    // Makes a menu item named AName under AParent, owned by AParent's owner (or, when that is a
+    // menu bar, by the bar's owner), inserted at APos when 0 <= APos <= AParent's count, else
+    // appended. Nothing is made (nullptr) when AParent has no owner.
+    static TMenuItem* CreateMenuItem(TMenuItem* AParent, const QString& AName,
+                                     const QString& ACaption, int APos);
+
+    // ---- menu handlers, one line each
+    void mnuAddSegmentClick(QObject* Sender);
+    void mnuEditSegmentClick(QObject* Sender);
+    void mnuGetSegmentIndexClick(QObject* Sender);
+    void mnuGetSegmentRectClick(QObject* Sender);
+    void mnuDelSegmentClick(QObject* Sender);
+    void mnuAlignSegmentClick(QObject* Sender);
+    void mnuEndConnectionClick(QObject* Sender);
+    void mnuEndWithCrossClick(QObject* Sender);
+    void mnuEndWithSegmentClick(QObject* Sender);
+    void mnuChangeConSizeClick(QObject* Sender);
+    void mnuChangeConPosClick(QObject* Sender);
+    void mnuDeleteClick(QObject* Sender);
+    void mnuShiftByClick(QObject* Sender);
+    void mnuRefreshClick(QObject* Sender);
+    void mnuSetInputCountClick(QObject* Sender);
+    void mnuSetOutputCountClick(QObject* Sender);
+    void mnuHorizMarginClick(QObject* Sender);
+    void mnuSetTitlesClick(QObject* Sender);
+    void mnuSetTextSizeClick(QObject* Sender);
+    void mnuSetTextPosClick(QObject* Sender);
+    void mnuAlignTitlesClick(QObject* Sender);
+    void mnuSaveToFileClick(QObject* Sender);
+    void mnuLoadFromFileClick(QObject* Sender);
+    // An empty command, bound to no item.
+    void mnuAddConnectionClick(QObject* Sender);
+
+    // ---- design-time components, in declaration order
+    TPopupMenu* pmConnections = nullptr;
+    TPopupMenu* pmObjects = nullptr;
+    TMenuItem* mnuAddSegment = nullptr;
+    TMenuItem* mnuEditSegment = nullptr;
+    TMenuItem* mnuGetSegmentIndex = nullptr;
+    TMenuItem* mnuGetSegmentRect = nullptr;
+    TMenuItem* mnuDelSegment = nullptr;
+    TMenuItem* mnuAlignSegment = nullptr;
+    TMenuItem* mnuEndConnections = nullptr;
+    TMenuItem* mnuEndConnection = nullptr;
+    TMenuItem* mnuEndWithCross = nullptr;
+    TMenuItem* mnuEndWithSegment = nullptr;
+    TMenuItem* mnuConnection = nullptr;
+    TMenuItem* mnuChangeConType = nullptr;
+    TMenuItem* mnuChangeConSize = nullptr;
+    TMenuItem* mnuChangeConPos = nullptr;
+    TMenuItem* mnuCreate = nullptr;
+    TMenuItem* mnuDelete = nullptr;
+    TMenuItem* mnuShiftBy = nullptr;
+    TMenuItem* mnuRefresh = nullptr;
+    TMenuItem* mnuInputs = nullptr;
+    TMenuItem* mnuSetInputCount = nullptr;
+    TMenuItem* mnuOutputs = nullptr;
+    TMenuItem* mnuSetOutputCount = nullptr;
+    TMenuItem* mnuMargins = nullptr;
+    TMenuItem* mnuHorizMargin = nullptr;
+    TMenuItem* mnuTextParams = nullptr;
+    TMenuItem* mnuSetTitles = nullptr;
+    TMenuItem* mnuSetTextSize = nullptr;
+    TMenuItem* mnuSetTextPos = nullptr;
+    TMenuItem* mnuAlignTitles = nullptr;
+    TMenuItem* mnuFile = nullptr;
+    TMenuItem* mnuSaveToFile = nullptr;
+    TMenuItem* mnuLoadFromFile = nullptr;
+    TOpenDialog dlgOpen;
+    TSaveDialog dlgSave;
+
+    // ---- run-time fields
+    QPointer<TdmMoveResize> FMoveResize;
+    std::unique_ptr<TDiagContainer> DiagContr;
+    // In a table storage, true sends LoadDiagram/SaveDiagram to the file-based versions.
+    bool FUseDefaultSaveLoadProc = false;
+    // The diagram may have changed and should be written by a table storage.
+    bool FNeedSave = false;
+
+private:
+    void BuildComponents();
+    TMenuItem* DesignItem(TMenuItem* AParent, const QString& AName, const QString& ACaption,
+                          void (TdmDiagActions::*Handler)(QObject*));
+    TDiagContainer& Container() const;
+    // Runs a file command of a menu: an error is shown once, with the file name and the reason.
+    void RunFileCommand(void (TdmDiagActions::*Command)(), const QString& Action,
+                        const TFileDialog& Dialog);
+
+    QPointer<QObject> FOwner;
+};
+
+} // namespace vde

@@ -1,0 +1,141 @@
+#include "velDiagEdit/package/diag_package.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <memory>
+
+namespace vde {
+
+namespace {
+
+struct TPackageState {
+    std::unique_ptr<TDiagActionsList> DiagActionsList;
+    // Watched, so that a module freed with its list reads as none.
+    QPointer<TdmDiagActions> CurrentDiagActions;
+    QString DataFieldSuffix;
+
+    ~TPackageState() {
+        // A host that did not free the list: at program exit its widgets may be gone with the
+        // application, so the modules are left to the system rather than freed.
+        if (!QCoreApplication::instance())
+            (void)DiagActionsList.release();
+    }
+};
+
+TPackageState& State() {
+    static TPackageState state;
+    return state;
+}
+
+TdmDiagActions* CurrentWithContainer() {
+    TdmDiagActions* m = State().CurrentDiagActions.data();
+    return m && m->DiagContr ? m : nullptr;
+}
+
+TdmDiagActions* CreateAndLoad(const QString& AName, const QString& ATabName, QWidget* AParent,
+                              TCanvas* ACanvas, bool ADesignMode, bool ALoad, bool AByTab) {
+    TDiagActionsList* list = State().DiagActionsList.get();
+    if (!list)
+        return nullptr;
+    // Design mode is exclusive: only the diagram made or found now may have it.
+    list->EnableDesignMode(false);
+    TdmDiagActions* m = list->CreateDiagActions(AName, AParent, ACanvas);
+    if (!m)
+        return nullptr;
+    State().CurrentDiagActions = m;
+    if (ALoad) {
+        if (AByTab)
+            m->LoadDiagramEx(AName, ATabName);
+        else
+            m->LoadDiagram(QString());
+    }
+    m->SetDesignMode(ADesignMode);
+    return m;
+}
+
+} // namespace
+
+void CreateDiagActionsList(QObject* AOwner, TDataSet* ADataStore, const QString& AModuleName,
+                           const QString& AFieldSuffix) {
+    if (State().DiagActionsList)
+        return;
+    State().DiagActionsList = std::make_unique<TDiagActionsList>(AOwner, ADataStore, AModuleName);
+    State().DataFieldSuffix = AFieldSuffix;
+}
+
+void FreeDiagActionsList() {
+    State().DiagActionsList.reset();
+}
+
+TdmDiagActions* CreateDiagActions(const QString& AName, QWidget* AParent, TCanvas* ACanvas) {
+    TDiagActionsList* list = State().DiagActionsList.get();
+    return list ? list->CreateDiagActions(AName, AParent, ACanvas) : nullptr;
+}
+
+TdmDiagActions* CreateAndLoadDiagActions(const QString& AName, QWidget* AParent, TCanvas* ACanvas,
+                                         bool ADesignMode) {
+    return CreateAndLoad(AName, QString(), AParent, ACanvas, ADesignMode, true, false);
+}
+
+TdmDiagActions* CreateAndLoadDiagActionsEx(const QString& AName, const QString& ATabName,
+                                           QWidget* AParent, TCanvas* ACanvas, bool ADesignMode,
+                                           bool ALoad) {
+    return CreateAndLoad(AName, ATabName, AParent, ACanvas, ADesignMode, ALoad, true);
+}
+
+void ClearDiagActionsDiagram(bool AOnlySizeAndPos) {
+    if (TdmDiagActions* m = CurrentWithContainer())
+        m->DiagContr->Clear(AOnlySizeAndPos);
+}
+
+void SaveDiagActionsDiagrams(const QString& AName) {
+    if (TDiagActionsList* list = State().DiagActionsList.get())
+        list->SaveDiagActions(AName);
+}
+
+void EnableDesignMode(bool AEnable, bool AForAll) {
+    if (AForAll) {
+        if (TDiagActionsList* list = State().DiagActionsList.get())
+            list->EnableDesignMode(AEnable);
+        return;
+    }
+    if (TdmDiagActions* m = CurrentWithContainer()) {
+        if (AEnable)
+            m->FNeedSave = true;
+        m->DiagContr->SetDesignMode(AEnable);
+    }
+}
+
+bool IsDesignModeEnabled() {
+    TdmDiagActions* m = CurrentWithContainer();
+    return m && m->DiagContr->GetDesignMode();
+}
+
+void SaveDiagramToFile() {
+    if (TdmDiagActions* m = CurrentWithContainer())
+        m->SaveDiagramToFile();
+}
+
+void LoadDiagramFromFile() {
+    if (TdmDiagActions* m = CurrentWithContainer())
+        m->LoadDiagramFromFile();
+}
+
+QWidget* GetCurrentNodeControl() {
+    TdmDiagActions* m = State().CurrentDiagActions.data();
+    return m ? m->GetCurrentNodeControl() : nullptr;
+}
+
+TDiagActionsList* GetDiagActionsList() {
+    return State().DiagActionsList.get();
+}
+
+TdmDiagActions* GetCurrentDiagActions() {
+    return State().CurrentDiagActions.data();
+}
+
+QString GetDataFieldSuffix() {
+    return State().DataFieldSuffix;
+}
+
+} // namespace vde

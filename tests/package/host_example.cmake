@@ -1,0 +1,26 @@
+# Installs the library into a scratch prefix, builds examples/host against it through
+# find_package, runs it offscreen twice and checks the diagram it keeps beside itself.
+file(REMOVE_RECURSE ${PREFIX} ${HOST_BUILD})
+function(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc)
+    if(NOT rc EQUAL 0)
+        message(FATAL_ERROR "failed (${rc}): ${ARGN}")
+    endif()
+endfunction()
+run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${PREFIX})
+run(${CMAKE_COMMAND} -S ${SOURCE} -B ${HOST_BUILD} -G ${GENERATOR}
+    -DCMAKE_PREFIX_PATH=${PREFIX} -DCMAKE_BUILD_TYPE=Release)
+run(${CMAKE_COMMAND} --build ${HOST_BUILD})
+run(${HOST_BUILD}/host)
+file(READ ${HOST_BUILD}/Main.dgm first HEX)
+# Loaded back and saved again by a second start: the same bytes.
+run(${HOST_BUILD}/host)
+file(READ ${HOST_BUILD}/Main.dgm second HEX)
+string(SUBSTRING "${first}" 0 8 signature)
+if(NOT signature STREQUAL "4e5df398")
+    message(FATAL_ERROR "Main.dgm does not start with the container signature: ${first}")
+endif()
+if(NOT first STREQUAL second)
+    message(FATAL_ERROR "Main.dgm changed on the second start:\n${first}\n${second}")
+endif()
+message(STATUS "host example: Main.dgm ${first}")
