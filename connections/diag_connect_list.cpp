@@ -63,9 +63,35 @@ void TDiagConnectList::Clear() {
         delete c;
 }
 
+namespace {
+
+// Whether anything a wire draws can fall inside R: its points' bounding box, grown by what the
+// pen and the junction dot reach beyond the points, meets R.
+bool MayDrawInto(const TDiagConnection& c, const TRect& R) {
+    if (c.FPoints.size() < 2)
+        return false;
+    int32_t l = c.FPoints[0].X, r = l, t = c.FPoints[0].Y, b = t;
+    for (const TPoint& p : c.FPoints) {
+        l = std::min(l, p.X);
+        r = std::max(r, p.X);
+        t = std::min(t, p.Y);
+        b = std::max(b, p.Y);
+    }
+    const int64_t reach = int64_t(std::max(c.FPenWidth, 1)) + 6;
+    return int64_t(l) - reach < R.Right && int64_t(r) + reach >= R.Left &&
+           int64_t(t) - reach < R.Bottom && int64_t(b) + reach >= R.Top;
+}
+
+} // namespace
+
 void TDiagConnectList::Paint() {
+    // Only wires that can touch the part being painted are drawn, still in list order, so the
+    // pixels are the same as when every wire is drawn.
+    TRect clip;
+    const bool clipped = FCanvas && FCanvas->ClipRect(clip);
     for (TDiagConnection* c : FItems)
-        c->Paint();
+        if (!clipped || MayDrawInto(*c, clip))
+            c->Paint();
 }
 
 void TDiagConnectList::Refresh() {
@@ -179,8 +205,9 @@ void TDiagConnectList::SelectSegmentByLongRec(LongRec LR) {
 }
 
 void TDiagConnectList::DeselectAll(const TDiagConnection* SkipCon) {
+    // A wire with nothing selected is left alone: drawing it again would change no pixel.
     for (TDiagConnection* c : FItems)
-        if (c != SkipCon)
+        if (c != SkipCon && c->FSelectedIndex != -1)
             c->SetSelectedIndex(-1);
 }
 

@@ -45,7 +45,9 @@ int PixelSizeForCell(const TFont& font, int cell) {
 
 } // namespace
 
-QFont ToQFont(const TFont& font) {
+namespace {
+
+QFont MakeQFont(const TFont& font) {
     QFont f = BaseFont(font);
     int px;
     if (font.Height > 0)
@@ -58,22 +60,71 @@ QFont ToQFont(const TFont& font) {
     return f;
 }
 
+// A font and its metrics, built once per family and height: text is measured and drawn far
+// more often than fonts change, and building a QFont and its metrics is what costs.
+struct FontEntry {
+    QFont font;
+    QFontMetrics metrics;
+    explicit FontEntry(const QFont& f) : font(f), metrics(f) {}
+};
+
+using FontKey = QPair<QString, int32_t>;
+
+FontEntry& CachedFont(const TFont& font) {
+    // Kept for the life of the program (never destroyed after the application object).
+    static auto* cache = new QHash<FontKey, FontEntry*>;
+    const FontKey key(font.Name, font.Height);
+    auto it = cache->constFind(key);
+    if (it != cache->constEnd())
+        return **it;
+    if (cache->size() >= 256) {
+        qDeleteAll(*cache);
+        cache->clear();
+    }
+    auto* e = new FontEntry(MakeQFont(font));
+    cache->insert(key, e);
+    return *e;
+}
+
+} // namespace
+
+QFont ToQFont(const TFont& font) {
+    return CachedFont(font).font;
+}
+
+const QFontMetrics& FontMetricsOf(const TFont& font) {
+    return CachedFont(font).metrics;
+}
+
 int FontTextWidth(const TFont& font, const QString& text) {
-    return QFontMetrics(ToQFont(font)).horizontalAdvance(text);
+    // Labels are measured again on every alignment; their widths are kept until the text or the
+    // font changes.
+    static auto* widths = new QHash<QPair<FontKey, QString>, int>;
+    const QPair<FontKey, QString> key(FontKey(font.Name, font.Height), text);
+    auto it = widths->constFind(key);
+    if (it != widths->constEnd())
+        return *it;
+    if (widths->size() >= 8192)
+        widths->clear();
+    const int w = FontMetricsOf(font).horizontalAdvance(text);
+    widths->insert(key, w);
+    return w;
 }
 
 int FontTextHeight(const TFont& font) {
-    return QFontMetrics(ToQFont(font)).height();
+    return FontMetricsOf(font).height();
 }
 
 int FontAscent(const TFont& font) {
-    return QFontMetrics(ToQFont(font)).ascent();
+    return FontMetricsOf(font).ascent();
 }
 
 namespace {
 struct ScopeEntry {
     QPaintDevice* device;
     QPainter* painter;
+    bool hasRect;
+    TRect rect;
 };
 std::vector<ScopeEntry>& Scopes() {
     static std::vector<ScopeEntry> scopes;
@@ -81,8 +132,8 @@ std::vector<ScopeEntry>& Scopes() {
 }
 } // namespace
 
-TPaintScope::TPaintScope(QPaintDevice* device, QPainter* painter) {
-    Scopes().push_back({device, painter});
+TPaintScope::TPaintScope(QPaintDevice* device, QPainter* painter, const TRect* paintRect) {
+    Scopes().push_back({device, painter, paintRect != nullptr, paintRect ? *paintRect : TRect{}});
 }
 
 TPaintScope::~TPaintScope() {
@@ -95,6 +146,18 @@ QPainter* TPaintScope::PainterFor(const QPaintDevice* device) {
         if (it->device == device)
             return it->painter;
     return nullptr;
+}
+
+bool TPaintScope::PaintRectFor(const QPaintDevice* device, TRect& R) {
+    const auto& s = Scopes();
+    for (auto it = s.rbegin(); it != s.rend(); ++it)
+        if (it->device == device) {
+            if (!it->hasRect)
+                return false;
+            R = it->rect;
+            return true;
+        }
+    return false;
 }
 
 TCanvas::TCanvas() = default;
@@ -222,6 +285,15 @@ void TCanvas::TextOut(int32_t x, int32_t y, const QString& text) {
 
 int TCanvas::TextWidth(const QString& text) const {
     return FontTextWidth(Font, text);
+}
+
+bool TCanvas::ClipRect(TRect& R) const {
+    if (FBackend || !FHandle)
+        return false;
+    if (TPaintScope::PaintRectFor(FHandle, R))
+        return true;
+    R = {0, 0, FHandle->width(), FHandle->height()};
+    return true;
 }
 
 int TCanvas::TextHeight(const QString&) const {

@@ -13,6 +13,7 @@
 #include "velDiagEdit/platform/types.h"
 
 #include <QFont>
+#include <QFontMetrics>
 #include <QString>
 #include <functional>
 #include <memory>
@@ -61,6 +62,8 @@ struct TFont {
 // The Qt font that a TFont draws with, and its metrics; shared by every backend so that
 // measuring never depends on where the text goes. Needs a QGuiApplication.
 QFont ToQFont(const TFont& font);
+// The metrics of that font; the reference stays valid until many other fonts were asked for.
+const QFontMetrics& FontMetricsOf(const TFont& font);
 int FontTextWidth(const TFont& font, const QString& text);
 int FontTextHeight(const TFont& font);
 int FontAscent(const TFont& font);
@@ -82,11 +85,15 @@ public:
 // event (of a graphic control, or a hooked host widget) lends its painter to the canvases.
 class TPaintScope {
 public:
-    TPaintScope(QPaintDevice* device, QPainter* painter);
+    // `paintRect`, when given, is the part of the device that this paint renews (a paint
+    // event's rectangle); drawing wholly outside it can be left out.
+    TPaintScope(QPaintDevice* device, QPainter* painter, const TRect* paintRect = nullptr);
     ~TPaintScope();
     TPaintScope(const TPaintScope&) = delete;
     TPaintScope& operator=(const TPaintScope&) = delete;
     static QPainter* PainterFor(const QPaintDevice* device);
+    // The rectangle being painted on the device, when a scope for it named one.
+    static bool PaintRectFor(const QPaintDevice* device, TRect& R);
 };
 
 class TCanvas {
@@ -113,6 +120,10 @@ public:
     void TextOut(int32_t x, int32_t y, const QString& text);
     int TextWidth(const QString& text) const;
     int TextHeight(const QString& text) const;
+    // The part of the drawing surface that drawing can still change: the rectangle of the paint
+    // under way, or the device's own bounds. False when no bound is known (a recorder, a canvas
+    // without device): then everything counts.
+    bool ClipRect(TRect& R) const;
 
     // An explicit backend (a recorder, or a painter the caller holds); not owned.
     void SetBackend(ICanvasBackend* backend) { FBackend = backend; }

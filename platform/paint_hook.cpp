@@ -10,6 +10,7 @@
 #include <QFrame>
 #include <QGroupBox>
 #include <QLabel>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QVariant>
 
@@ -38,7 +39,9 @@ protected:
         FBusy = false;
         {
             QPainter p(w);
-            TPaintScope scope(w, &p);
+            const QRect pr = static_cast<QPaintEvent*>(ev)->rect();
+            const TRect rect{pr.left(), pr.top(), pr.left() + pr.width(), pr.top() + pr.height()};
+            TPaintScope scope(w, &p, &rect);
             const auto h = Handler;
             RunInEventBoundary("paint", h);
         }

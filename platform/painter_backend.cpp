@@ -108,8 +108,20 @@ void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {
     if (pen.Style == psClear)
         return;
     const int w = pen.Width < 1 ? 1 : pen.Width;
+    if (FRaster) {
+        // Pixel runs go out as solid fills, which use none of the painter's pen, brush or font:
+        // only antialiasing has to be off, and it is put back as it was.
+        const bool aa = FPainter->testRenderHint(QPainter::Antialiasing);
+        if (aa)
+            FPainter->setRenderHint(QPainter::Antialiasing, false);
+        // A thin line leaves out its end pixel; a wide one is stamped over its whole length.
+        Span(from.X, from.Y, to.X, to.Y, pen, w > 1);
+        if (aa)
+            FPainter->setRenderHint(QPainter::Antialiasing, true);
+        return;
+    }
     StateGuard g(FPainter);
-    if (!FRaster) {
+    {
         if (w == 1 && from == to)
             return;
         QPen qp(ToQColor(pen.Color));
@@ -119,10 +131,7 @@ void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {
             qp.setStyle(Qt::DashLine);
         FPainter->setPen(qp);
         FPainter->drawLine(QPointF(from.X + 0.5, from.Y + 0.5), QPointF(to.X + 0.5, to.Y + 0.5));
-        return;
     }
-    // A thin line leaves out its end pixel; a wide one is stamped over its whole length.
-    Span(from.X, from.Y, to.X, to.Y, pen, w > 1);
 }
 
 void TPainterBackend::Rectangle(const TRect& r0, const TPen& pen, const TBrush& brush) {
@@ -199,9 +208,9 @@ void TPainterBackend::TextOut(TPoint p, const QString& text, const TFont& font,
                               const TBrush& brush) {
     StateGuard g(FPainter);
     const QFont qf = ToQFont(font);
-    const QFontMetrics fm(qf);
+    const QFontMetrics& fm = FontMetricsOf(font);
     if (brush.Style != bsClear)
-        FPainter->fillRect(QRect(p.X, p.Y, fm.horizontalAdvance(text), fm.height()),
+        FPainter->fillRect(QRect(p.X, p.Y, FontTextWidth(font, text), fm.height()),
                            ToQColor(brush.Color));
     FPainter->setFont(qf);
     FPainter->setPen(ToQColor(font.Color));
