@@ -142,6 +142,18 @@ std::unique_ptr<TDiagObject> TDiagObjectList::Remove(TDiagObject* Obj) {
     return out;
 }
 
+void TDiagObjectList::Move(int CurIndex, int NewIndex) {
+    if (CurIndex < 0 || CurIndex >= Count() || NewIndex < 0 || NewIndex >= Count() ||
+        CurIndex == NewIndex)
+        return;
+    std::unique_ptr<TDiagObject> o = std::move(FItems[size_t(CurIndex)]);
+    FItems.erase(FItems.begin() + CurIndex);
+    FItems.insert(FItems.begin() + NewIndex, std::move(o));
+    // Among blocks sharing a key the first in list order is the one found: the order changed.
+    if (FKeysShared)
+        FKeysDirty = true;
+}
+
 TDiagObject* TDiagObjectList::CreateObjByDiagType(TDiagObjectType ObjType, const TRect& R) {
     // The size may come from a stream: wrap as 32-bit arithmetic does instead of overflowing.
     const int32_t w = WrapSub(R.Right, R.Left);

@@ -44,6 +44,9 @@ public:
     // Takes the block out of the list without freeing it or raising any event, and hands it to
     // the caller; null when the block is not in the list.
     [[nodiscard]] std::unique_ptr<TDiagObject> Remove(TDiagObject* Obj);
+    // Moves the block at CurIndex to NewIndex, the blocks between closing up; keys, events and
+    // the blocks themselves are untouched. An index out of range does nothing.
+    void Move(int CurIndex, int NewIndex);
 
     TDiagObject* CreateObjByDiagType(TDiagObjectType ObjType, const TRect& R);
     // From a hash of the keys: the first block in list order with the key.

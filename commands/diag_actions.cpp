@@ -308,6 +308,9 @@ void TdmDiagActions::LoadDiagramFromFile() {
     dlgOpen.FileName = ExtractFileName(dlgOpen.FileName);
     if (dlgOpen.Execute()) {
         FNeedSave = true;
+        // A file opened by the user is one step back to the diagram it replaced.
+        const TUndoStepScope step(dc.UndoStack(),
+                                  QStringLiteral("Load From ") + ExtractFileName(dlgOpen.FileName));
         dc.LoadDiagramFromFile(dlgOpen.FileName);
     }
 }

@@ -19,6 +19,7 @@ TDiagContainer::TDiagContainer(QWidget* AParent, TCanvas* ACanvas, TdmMoveResize
     CntList = std::make_unique<TControlList>(AParent);
     dmMoveResize = AMoveResize;
     AssignControlEventsForParent();
+    InitUndo();
 }
 
 TDiagContainer::~TDiagContainer() {
@@ -185,7 +186,9 @@ void TDiagContainer::CreateDiagObEvent(QObject* Sender) {
     auto* item = qobject_cast<TMenuItem*>(Sender);
     if (!item || item->Tag < 0 || item->Tag > 255)
         return;
-    TDiagObject* obj = CreateObjectAtMousePos(TDiagObjectType(uint8_t(item->Tag)));
+    const auto kind = TDiagObjectType(uint8_t(item->Tag));
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Create ") + GoodDiagObjTypeName(kind));
+    TDiagObject* obj = CreateObjectAtMousePos(kind);
     if (obj)
         AssignObjEvents(obj);
 }

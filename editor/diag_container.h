@@ -16,6 +16,7 @@
 #include "velDiagEdit/blocks/diag_object_list.h"
 #include "velDiagEdit/connections/diag_connect_list.h"
 #include "velDiagEdit/connections/diag_connection.h"
+#include "velDiagEdit/editor/undo_stack.h"
 #include "velDiagEdit/geometry/diag_types.h"
 #include "velDiagEdit/handles/move_resize.h"
 #include "velDiagEdit/platform/canvas.h"
@@ -25,6 +26,7 @@
 #include "velDiagEdit/platform/types.h"
 #include "velDiagEdit/velDiagEdit_export.h"
 
+#include <QByteArray>
 #include <QPointer>
 #include <QString>
 #include <QWidget>
@@ -128,6 +130,26 @@ public:
     void SetInputCount();
     void SetOutputCount();
 
+    // ---- undo, redo and keys
+    // The diagram's undo stack: one step per user-level change (a command that changed
+    // something, a block drag, a block created from the menu, a file loaded from the menu).
+    // Hosts add Undo/Redo actions from it; it starts empty and never holds a step that
+    // changed nothing.
+    TDiagUndoStack* UndoStack() const;
+    // The container stream as it is now, and bringing the diagram back to one such stream
+    // exactly (blocks whose records did not change are kept).
+    QByteArray SaveSnapshot();
+    void RestoreSnapshot(const QByteArray& Bytes);
+    // How many restores had to load the whole stream (none, unless something is amiss).
+    int FullRestoreCount() const;
+    // Whether the surface takes this key now: only in design mode, on a surface that is a
+    // custom-drawn control. Ctrl+Z undoes, Ctrl+Shift+Z and Ctrl+Y redo, Delete deletes the
+    // selected block (or else the selected segment), the arrows move the selected block by 1
+    // pixel (10 with Shift), Escape deselects everything.
+    bool IsSurfaceKey(int Key, Qt::KeyboardModifiers Modifiers) const;
+    // Carries out a surface key; true when it was one.
+    bool DiagKeyDown(int Key, Qt::KeyboardModifiers Modifiers);
+
     // ---- properties
     QWidget* GetParent() const { return FParent.data(); }
     LongRec GetSelectedInfo() const { return SelInfo; }
@@ -167,6 +189,27 @@ private:
     // Set while this container's paint handler is hooked on the parent.
     bool FPaintHooked = false;
     bool FMouseUpHooked = false;
+
+    // ---- undo, redo and keys
+    void InitUndo();
+    void RestoreLooseEnds(TMemoryStream& Bytes);
+    bool RestoreChangedBlocks(TMemoryStream& S);
+    // A block drag is one step from the press to the release.
+    void BeginDragStep();
+    void EndDragStep();
+    // The selected block: SelObj while it is selected and in the list.
+    TDiagObject* SelectedBlock() const;
+    void MoveSelectedBlockBy(int DX, int DY);
+    void DeleteSelection();
+    void DeselectEverything();
+    void UpdateSurfaceFocus();
+    std::unique_ptr<TDiagUndoStack> FUndoStack;
+    std::unique_ptr<QObject> FKeyFilter;
+    QByteArray FDragBefore;
+    QString FDragText;
+    Qt::FocusPolicy FSavedFocusPolicy = Qt::NoFocus;
+    bool FFocusPolicySaved = false;
+    int FFullRestores = 0;
 };
 
 } // namespace vde

@@ -99,9 +99,14 @@ uint16_t Word(int64_t v) {
 
 } // namespace
 
+// Every command that can change the diagram is one undo step, named as its menu item; a step
+// begun inside another (a command calling a command) belongs to the outer one, and a command
+// that changed nothing leaves no step.
+
 // ---- segments ---------------------------------------------------------------------------------
 
 void TDiagContainer::DeleteCurSegment() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Del. Segment"));
     if (!ConList || SelInfo.IsZero())
         return;
     ConList->DeleteSegmentByLongRec(SelInfo);
@@ -109,6 +114,7 @@ void TDiagContainer::DeleteCurSegment() {
 }
 
 void TDiagContainer::AlignCurSegment() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Align Segment"));
     if (!ConList || SelInfo.IsZero())
         return;
     ConList->AlignSegmentWithDiagObject(SelInfo, SelObj.data());
@@ -116,6 +122,7 @@ void TDiagContainer::AlignCurSegment() {
 }
 
 void TDiagContainer::EndConnectionWithCross() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("End with Cross"));
     if (!ConList || SelInfo.IsZero())
         return;
     ConList->EndConnectionByLongRec(SelInfo, nullptr, nullptr);
@@ -123,6 +130,7 @@ void TDiagContainer::EndConnectionWithCross() {
 }
 
 void TDiagContainer::EndDiagConnection() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("End Connection"));
     if (!ConList || SelInfo.IsZero())
         return;
     TDiagObject* obj = SelObj.data();
@@ -153,6 +161,7 @@ void TDiagContainer::ShowSegmentIndex() {
 }
 
 void TDiagContainer::EditSegmentOfConnection() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Edit Segment"));
     if (!ConList || SelInfo.IsZero())
         return;
     int size = 0, steps = 0;
@@ -171,6 +180,7 @@ void TDiagContainer::EditSegmentOfConnection() {
 }
 
 void TDiagContainer::EndConnectionWithSegment() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("End with Segment"));
     if (SelInfo.IsZero() || !ConList) {
         DialogService().ShowMessage(kNoSegment);
         return;
@@ -191,6 +201,7 @@ void TDiagContainer::EndConnectionWithSegment() {
 // ---- building connections ---------------------------------------------------------------------
 
 bool TDiagContainer::AddDiagConnection(int Size, bool DoRefresh) {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Add Connection"));
     TDiagObject* obj = SelObj.data();
     if (!ConList || !obj || !obj->GetSelected() || obj->GetSelMarkerIndex() == 0)
         return false;
@@ -208,6 +219,7 @@ bool TDiagContainer::AddDiagConnection(int Size, bool DoRefresh) {
 }
 
 bool TDiagContainer::AddDiagConnections(int Size, bool DoRefresh) {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Add Connections"));
     TDiagObject* obj = SelObj.data();
     if (!ConList || !obj || !obj->GetSelected() || obj->GetSelMarkerIndex() == 0)
         return false;
@@ -235,6 +247,7 @@ bool TDiagContainer::AddDiagConnections(int Size, bool DoRefresh) {
 }
 
 void TDiagContainer::AddSegmentToConnection() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Add Segment"));
     TSegmentParamRec rec;
     rec.Size = 100;
     rec.Angle = 0;
@@ -271,6 +284,7 @@ void TDiagContainer::AddSegmentToConnection() {
 // ---- blocks -----------------------------------------------------------------------------------
 
 void TDiagContainer::DelSelectedObject() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Delete"));
     TDiagObject* obj = SelObj.data();
     if (!obj || !ObjList)
         return;
@@ -287,6 +301,7 @@ void TDiagContainer::DelSelectedObject() {
 }
 
 void TDiagContainer::AlignTitles() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Align Titles"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
@@ -296,6 +311,7 @@ void TDiagContainer::AlignTitles() {
 }
 
 void TDiagContainer::ShiftByDelta() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Shift By Delta"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
@@ -352,6 +368,7 @@ void TDiagContainer::SetObjTitle() {
 // ---- markers ----------------------------------------------------------------------------------
 
 void TDiagContainer::ChangeMarkerSize() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Change Size"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;
@@ -366,6 +383,7 @@ void TDiagContainer::ChangeMarkerSize() {
 }
 
 void TDiagContainer::ChangeMarkerPos() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Change Pos"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;
@@ -388,6 +406,7 @@ void TDiagContainer::ChangeMarkerPos() {
 }
 
 void TDiagContainer::ChangeMarkerType(QObject* Sender) {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Change Type"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     auto* item = qobject_cast<TMenuItem*>(Sender);
     if (!obj || !item)
@@ -410,6 +429,7 @@ void TDiagContainer::ChangeMarkerType(QObject* Sender) {
 // ---- texts ------------------------------------------------------------------------------------
 
 void TDiagContainer::SetTextValues() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Set Title"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
@@ -424,6 +444,7 @@ void TDiagContainer::SetTextValues() {
 }
 
 void TDiagContainer::SetTextPosValues() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Set Text Pos"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
@@ -435,6 +456,7 @@ void TDiagContainer::SetTextPosValues() {
 }
 
 void TDiagContainer::SetTextHeights() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Set Text Sizes"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
@@ -448,6 +470,7 @@ void TDiagContainer::SetTextHeights() {
 // ---- counts and margins -----------------------------------------------------------------------
 
 void TDiagContainer::SetHorizMargin() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Horiz. Margin"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;
@@ -460,6 +483,7 @@ void TDiagContainer::SetHorizMargin() {
 }
 
 void TDiagContainer::SetInputCount() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Set In Count"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;
@@ -480,6 +504,7 @@ void TDiagContainer::SetInputCount() {
 }
 
 void TDiagContainer::SetOutputCount() {
+    const TUndoStepScope step(UndoStack(), QStringLiteral("Set Out Count"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;

@@ -30,6 +30,7 @@ void TDiagContainer::SetDesignMode(bool Value) {
     FDesignMode = Value;
     if (!IsCustomDrawnControl(FParent))
         return;
+    UpdateSurfaceFocus();
     const bool lists = ObjList && ConList;
     const TNotifyEvent bind = [this](QObject* Obj) { AssignObjEventsForDesignMode(Obj); };
     if (Value) {
@@ -67,6 +68,7 @@ void TDiagContainer::DiagMouseDown(QObject* Sender, TMouseButton /*Button*/, TSh
     const int distance = CornerDistance(block, true);
     FResizeMode = distance < kResizeZone ? kDragResize : kDragMove;
     block->FResizeMode = FResizeMode;
+    BeginDragStep();
     // The wires are left out while the block is dragged; take them off the screen now.
     if (FParent)
         FParent->update();
@@ -122,6 +124,7 @@ void TDiagContainer::DiagMouseUp(QObject* Sender, TMouseButton Button, TShiftSta
         }
         if (FParent)
             FParent->update();
+        EndDragStep();
         return;
     }
     if (!block || !ObjList || ObjList->IndexOf(block) < 0)

@@ -49,6 +49,11 @@ TdmDiagActions* CreateAndLoad(const QString& AName, const QString& ATabName, QWi
             m->LoadDiagramEx(AName, ATabName);
         else
             m->LoadDiagram(QString());
+        // A diagram loaded for the host starts with nothing to undo, and unchanged.
+        if (m->DiagContr) {
+            m->DiagContr->UndoStack()->clear();
+            m->DiagContr->UndoStack()->setClean();
+        }
     }
     m->SetDesignMode(ADesignMode);
     return m;
@@ -91,8 +96,23 @@ void ClearDiagActionsDiagram(bool AOnlySizeAndPos) {
 }
 
 void SaveDiagActionsDiagrams(const QString& AName) {
-    if (TDiagActionsList* list = State().DiagActionsList.get())
-        list->SaveDiagActions(AName);
+    TDiagActionsList* list = State().DiagActionsList.get();
+    if (!list)
+        return;
+    list->SaveDiagActions(AName);
+    // What was saved is the state a host asks about for unsaved changes.
+    auto markClean = [list](int Index) {
+        TdmDiagActions* m = list->Objects(Index);
+        if (m && m->DiagContr)
+            m->DiagContr->UndoStack()->setClean();
+    };
+    int index = 0;
+    if (AName.isEmpty()) {
+        for (int i = 0; i < list->Count(); ++i)
+            markClean(i);
+    } else if (list->Find(AName, index)) {
+        markClean(index);
+    }
 }
 
 void EnableDesignMode(bool AEnable, bool AForAll) {

@@ -66,6 +66,14 @@ VELDIAGEDIT_EXPORT void LoadDiagramFromFile();
 // The control that carries the move/resize handles on the current diagram's panel.
 VELDIAGEDIT_EXPORT QWidget* GetCurrentNodeControl();
 
+// Undo and redo on the current diagram: the step back or forward that its undo stack offers
+// (TDiagContainer::UndoStack). Nothing happens, and the answers are false, without a list, a
+// current diagram or a step to take.
+VELDIAGEDIT_EXPORT void UndoDiagram();
+VELDIAGEDIT_EXPORT void RedoDiagram();
+VELDIAGEDIT_EXPORT bool CanUndoDiagram();
+VELDIAGEDIT_EXPORT bool CanRedoDiagram();
+
 // The state the functions above share.
 VELDIAGEDIT_EXPORT TDiagActionsList* GetDiagActionsList();
 // The module of the last create-and-load call; none once it is freed.

@@ -2,7 +2,8 @@
 // functions the way any host runs them. The diagrams live beside the program as <name>.dgm; on
 // the first start they are copied there from the sample diagrams. The "Diagram" menu switches
 // design mode for the current tab or for all, saves all, and saves or loads the current tab
-// through the file dialogs. The library's other demo pages follow as further tabs.
+// through the file dialogs. The "Edit" menu undoes and redoes the current tab's steps, named
+// after them ("Undo Add Segment"). The library's other demo pages follow as further tabs.
 //
 // --database sqlite:PATH or --database postgresql://USER@HOST:PORT/DB?table=NAME keeps the
 // diagrams in that table instead (made when missing); a diagram with no record there yet starts
@@ -30,6 +31,7 @@
 #include <QPalette>
 #include <QStatusBar>
 #include <QTabWidget>
+#include <QUndoGroup>
 #include <cstdio>
 #include <memory>
 #include <vector>
@@ -70,6 +72,7 @@ public:
         for (const DemoPage& page : DemoPages())
             pages.push_back(tabs->addTab(page.Create(), page.Title));
         BuildMenu();
+        BuildEditMenu();
         connect(tabs, &QTabWidget::currentChanged, this, [this] { ShowState(); });
         resize(900, 620);
     }
@@ -94,6 +97,8 @@ public:
             });
             if (table)
                 SeedRecord(d);
+            if (d.Module && d.Module->DiagContr)
+                undoGroup.addStack(d.Module->DiagContr->UndoStack());
         }
         ShowState();
     }
@@ -114,6 +119,7 @@ public:
     std::vector<int> pages;
     QAction* designHere = nullptr;
     std::unique_ptr<ConfigTable> table;
+    QUndoGroup undoGroup;
 
 private:
     void BuildMenu() {
@@ -158,8 +164,18 @@ private:
         m->addAction(QStringLiteral("E&xit"), this, &QWidget::close);
     }
 
+    // Undo and redo of the current tab's diagram, the texts following its steps. Without
+    // shortcuts of their own: in design mode the surface takes Ctrl+Z, Ctrl+Shift+Z and Ctrl+Y.
+    void BuildEditMenu() {
+        QMenu* m = menuBar()->addMenu(QStringLiteral("&Edit"));
+        m->addAction(undoGroup.createUndoAction(this));
+        m->addAction(undoGroup.createRedoAction(this));
+    }
+
     void ShowState() {
         DiagramTab* d = Current();
+        undoGroup.setActiveStack(
+            d && d->Module && d->Module->DiagContr ? d->Module->DiagContr->UndoStack() : nullptr);
         const bool on = d && d->Module && d->Module->GetDesignMode();
         if (designHere) {
             const QSignalBlocker block(designHere);

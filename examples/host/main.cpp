@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QMainWindow>
+#include <QMenuBar>
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
@@ -13,8 +14,13 @@ int main(int argc, char** argv) {
     canvas.SetHandle(panel);
 
     vde::CreateDiagActionsList(&window); // once; diagrams are files beside the program
-    vde::CreateAndLoadDiagActions("Main", panel, &canvas, /*ADesignMode=*/true);
+    vde::TdmDiagActions* diagram =
+        vde::CreateAndLoadDiagActions("Main", panel, &canvas, /*ADesignMode=*/true);
     // Right-click the panel for the menus; vde::EnableDesignMode(false, true) shows only.
+    // Undo/Redo from the diagram's undo stack, named after each step ("Undo Add Segment").
+    QMenu* edit = window.menuBar()->addMenu("&Edit");
+    edit->addAction(diagram->DiagContr->UndoStack()->createUndoAction(&window));
+    edit->addAction(diagram->DiagContr->UndoStack()->createRedoAction(&window));
     window.show();
     const bool offscreen = QGuiApplication::platformName() == "offscreen";
     const int rc = offscreen ? 0 : app.exec();

@@ -1,0 +1,380 @@
+// Undo and redo of the surface, and the keys it answers in design mode.
+//
+// Every step is a pair of container streams, before and after the change: what a user sees
+// (blocks, connections, controls' bounds, the selection) comes back byte for byte. Loading
+// a step's bytes re-creates the blocks and connections as a stream load does.
+
+#include "velDiagEdit/editor/diag_container.h"
+
+#include "velDiagEdit/geometry/codecs.h"
+#include "velDiagEdit/platform/event_boundary.h"
+#include "velDiagEdit/platform/input_state.h"
+#include "velDiagEdit/platform/paint_hook.h"
+
+#include <QEvent>
+#include <QKeyEvent>
+#include <cstring>
+#include <unordered_map>
+
+namespace vde {
+
+namespace {
+
+// Arrow-key moves of one block merge into one step while nothing else happens in between.
+constexpr int kKeyMoveMergeId = 1;
+
+// Hands the key presses that reach the surface to its container.
+class TSurfaceKeyFilter : public QObject {
+    Q_OBJECT
+public:
+    TSurfaceKeyFilter(TDiagContainer* Container, QObject* Parent)
+        : QObject(Parent), FContainer(Container) {}
+
+    bool eventFilter(QObject* Watched, QEvent* Event) override {
+        const QEvent::Type t = Event->type();
+        if ((t != QEvent::KeyPress && t != QEvent::ShortcutOverride) ||
+            Watched != FContainer->GetParent())
+            return false;
+        auto* k = static_cast<QKeyEvent*>(Event);
+        if (!FContainer->IsSurfaceKey(k->key(), k->modifiers()))
+            return false;
+        // Claiming the shortcut makes the key come to the surface as a press, before any
+        // shortcut of the host's with the same keys.
+        if (t == QEvent::ShortcutOverride) {
+            k->accept();
+            return true;
+        }
+        bool handled = false;
+        RunInEventBoundary("key",
+                           [&] { handled = FContainer->DiagKeyDown(k->key(), k->modifiers()); });
+        return handled;
+    }
+
+private:
+    TDiagContainer* FContainer;
+};
+
+} // namespace
+
+void TDiagContainer::InitUndo() {
+    FUndoStack = std::make_unique<TDiagUndoStack>(
+        [this] { return SaveSnapshot(); }, [this](const QByteArray& b) { RestoreSnapshot(b); });
+    if (FParent) {
+        FKeyFilter = std::make_unique<TSurfaceKeyFilter>(this, nullptr);
+        FParent->installEventFilter(FKeyFilter.get());
+    }
+}
+
+TDiagUndoStack* TDiagContainer::UndoStack() const {
+    return FUndoStack.get();
+}
+
+QByteArray TDiagContainer::SaveSnapshot() {
+    TMemoryStream s;
+    SaveToStream(s);
+    const auto& bytes = s.Bytes();
+    return QByteArray(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size()));
+}
+
+void TDiagContainer::RestoreSnapshot(const QByteArray& Bytes) {
+    // The blocks are about to be replaced: a drag under way has nothing left to act on.
+    if (FResizeMode != kDragNone) {
+        FResizeMode = kDragNone;
+        InputState().SetScreenCursor(crDefault);
+    }
+    FDragBefore = QByteArray();
+    TMemoryStream s(std::vector<uint8_t>(Bytes.begin(), Bytes.end()));
+    if (ObjList && ConList && RestoreChangedBlocks(s) && SaveSnapshot() == Bytes)
+        return;
+    // Loading the whole stream is always exact; it is only slower on a large diagram.
+    ++FFullRestores;
+    s.SetPosition(0);
+    LoadFromStream(s);
+    RestoreLooseEnds(s);
+}
+
+int TDiagContainer::FullRestoreCount() const {
+    return FFullRestores;
+}
+
+namespace {
+
+// The block's record as the block list writes it.
+QByteArray BlockRecord(const TDiagObject* Obj) {
+    TMemoryStream t;
+    Obj->SaveToStream(t);
+    const auto& b = t.Bytes();
+    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
+}
+
+bool BytesAt(const TMemoryStream& S, int64_t At, const QByteArray& Expected) {
+    const auto& b = S.Bytes();
+    return At >= 0 && At + Expected.size() <= int64_t(b.size()) &&
+           std::memcmp(b.data() + At, Expected.constData(), size_t(Expected.size())) == 0;
+}
+
+} // namespace
+
+bool TDiagContainer::RestoreChangedBlocks(TMemoryStream& S) {
+    // A step usually changes one block or a few, or none at all; re-creating all the others
+    // would cost far more than the change. The blocks whose records are unchanged at the head
+    // and at the tail of the list stay; only those between are replaced by the stored ones.
+    // The wires, the control bounds and the selection are read as a load reads them.
+    S.SetPosition(0);
+    if (S.Remaining() < 8 || S.ReadUInt32() != kContainerSignature)
+        return false;
+    const int32_t n = S.ReadInt32();
+    const int cn = ObjList->Count();
+    if (n < 0)
+        return false;
+    std::vector<QByteArray> current(static_cast<size_t>(cn));
+    auto record = [&](int i) -> const QByteArray& {
+        QByteArray& r = current[size_t(i)];
+        if (r.isEmpty())
+            r = BlockRecord(ObjList->Items(i));
+        return r;
+    };
+    // Unchanged head.
+    int p = 0;
+    while (p < cn && p < n && BytesAt(S, S.Position(), record(p))) {
+        S.Seek(record(p).size(), soCurrent);
+        ++p;
+    }
+    // Read the stored blocks after the head one by one, until the current blocks left after the
+    // old ones they replace match the rest of the stored blocks byte for byte. Reading all the
+    // rest always ends it (nothing is left to match); after a few tries that is done at once.
+    const int d = n - cn;
+    std::vector<TDiagObject*> fresh;
+    auto dropFresh = [&] {
+        for (TDiagObject* o : fresh)
+            delete o;
+        fresh.clear();
+    };
+    constexpr int kTries = 8;
+    int64_t tailAt = 0;
+    try {
+        for (int k = std::max(0, d); p + k <= n; ++k) {
+            while (int(fresh.size()) < k)
+                fresh.push_back(TDiagObject::LoadFromStream(S, ObjList.get()));
+            if (k - d < 0 || p + k - d > cn)
+                continue;
+            if (k >= kTries && p + k < n)
+                continue; // straight on to reading all the rest
+            int64_t at = S.Position();
+            bool same = true;
+            for (int i = p + k - d; i < cn && same; ++i) {
+                same = BytesAt(S, at, record(i));
+                at += record(i).size();
+            }
+            if (same) {
+                tailAt = at;
+                break;
+            }
+            if (p + k == n)
+                return dropFresh(), false;
+        }
+    } catch (...) {
+        dropFresh();
+        throw;
+    }
+    const int k = int(fresh.size());
+    if (tailAt == 0)
+        return dropFresh(), false;
+    // Swap the old middle for the fresh blocks, which the list has appended at its end.
+    for (int i = 0; i < k - d; ++i)
+        delete ObjList->Items(p);
+    for (int j = 0; j < k; ++j) {
+        ObjList->Move(ObjList->IndexOf(fresh[size_t(j)]), p + j);
+        AssignObjEvents(fresh[size_t(j)]);
+    }
+    // A load gives blocks no selection of their own: only the stored selected block has one.
+    for (TDiagObject* o : ObjList->All()) {
+        o->SetSelected(false);
+        if (o->GetSelMarkerIndex() != 0)
+            o->SetSelMarkerIndex(0);
+    }
+    // Wires, attached to blocks by key as a load does. An end whose key names no block keeps
+    // its marker number, as the stored bytes have it.
+    S.SetPosition(tailAt);
+    const int32_t m = S.ReadInt32();
+    std::unordered_map<TObjKey, TDiagObject*> byKey;
+    byKey.reserve(size_t(ObjList->Count()));
+    for (TDiagObject* o : ObjList->All())
+        byKey.emplace(o->GetObjKey(), o); // the first block with a key wins, as in a search
+    auto find = [&](TObjKey key) -> TDiagObject* {
+        const auto it = byKey.find(key);
+        return it == byKey.end() ? nullptr : it->second;
+    };
+    ConList->LoadFromStream(
+        S,
+        [&](TDiagConnection* c) {
+            if (TDiagObject* src = find(c->GetSrcKey()))
+                c->SetSrcObject(src);
+            if (TDiagObject* dst = find(c->GetDstKey()))
+                c->SetDstObject(dst);
+        },
+        m);
+    CntList->LoadFromStream(S);
+    LoadInfoFromStream(S);
+    AssignPaintEvent();
+    if (FParent)
+        FParent->update();
+    return true;
+}
+
+void TDiagContainer::RestoreLooseEnds(TMemoryStream& Bytes) {
+    // A wire keeps the marker number of an end whose block key names no block: after its
+    // source block was deleted it runs from the other end's block under the old key. Loading
+    // attaches it by key, finds no block and clears the number with the block; the step's bytes
+    // still hold it, and so must the diagram.
+    if (!ObjList || !ConList)
+        return;
+    bool loose = false;
+    for (int i = 0; i < ConList->Count() && !loose; ++i)
+        loose = !ConList->Items(i)->GetSrcObject() || !ConList->Items(i)->GetDstObject();
+    if (!loose)
+        return;
+    // The wires' records follow the signature and the blocks, which load and save unchanged.
+    TMemoryStream blocks;
+    ObjList->SaveToStream(blocks);
+    Bytes.SetPosition(4 + blocks.Size());
+    TDiagConnectList stored(static_cast<TCanvas*>(nullptr));
+    stored.LoadFromStream(Bytes, [](TDiagConnection*) {});
+    for (int i = 0; i < ConList->Count() && i < stored.Count(); ++i) {
+        TDiagConnection* c = ConList->Items(i);
+        if (!c->GetSrcObject())
+            c->FSrcConIdx = stored.Items(i)->FSrcConIdx;
+        if (!c->GetDstObject())
+            c->FDstConIdx = stored.Items(i)->FDstConIdx;
+    }
+}
+
+void TDiagContainer::BeginDragStep() {
+    FDragBefore = FUndoStack->Snapshot();
+    FDragText = FResizeMode == kDragResize ? QStringLiteral("Resize") : QStringLiteral("Move");
+}
+
+void TDiagContainer::EndDragStep() {
+    if (FDragBefore.isEmpty())
+        return;
+    const QByteArray before = std::exchange(FDragBefore, QByteArray());
+    FUndoStack->PushStep(FDragText, before);
+}
+
+TDiagObject* TDiagContainer::SelectedBlock() const {
+    TDiagObject* b = SelObj.data();
+    if (!b || !b->FSelected || !ObjList || ObjList->IndexOf(b) < 0)
+        return nullptr;
+    return b;
+}
+
+bool TDiagContainer::IsSurfaceKey(int Key, Qt::KeyboardModifiers Modifiers) const {
+    if (!FDesignMode || !IsCustomDrawnControl(FParent))
+        return false;
+    const Qt::KeyboardModifiers mods = Modifiers & ~Qt::KeypadModifier;
+    if (mods == Qt::ControlModifier)
+        return Key == Qt::Key_Z || Key == Qt::Key_Y;
+    if (mods == (Qt::ControlModifier | Qt::ShiftModifier))
+        return Key == Qt::Key_Z;
+    switch (Key) {
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        return mods == Qt::NoModifier || mods == Qt::ShiftModifier;
+    case Qt::Key_Delete:
+    case Qt::Key_Escape:
+        return mods == Qt::NoModifier;
+    default:
+        return false;
+    }
+}
+
+bool TDiagContainer::DiagKeyDown(int Key, Qt::KeyboardModifiers Modifiers) {
+    if (!IsSurfaceKey(Key, Modifiers) || FResizeMode != kDragNone)
+        return false;
+    const Qt::KeyboardModifiers mods = Modifiers & ~Qt::KeypadModifier;
+    if (mods & Qt::ControlModifier) {
+        if (Key == Qt::Key_Z && !(mods & Qt::ShiftModifier))
+            FUndoStack->undo();
+        else
+            FUndoStack->redo();
+        return true;
+    }
+    const int step = (mods & Qt::ShiftModifier) ? 10 : 1;
+    switch (Key) {
+    case Qt::Key_Left:
+        MoveSelectedBlockBy(-step, 0);
+        return true;
+    case Qt::Key_Right:
+        MoveSelectedBlockBy(step, 0);
+        return true;
+    case Qt::Key_Up:
+        MoveSelectedBlockBy(0, -step);
+        return true;
+    case Qt::Key_Down:
+        MoveSelectedBlockBy(0, step);
+        return true;
+    case Qt::Key_Delete:
+        DeleteSelection();
+        return true;
+    case Qt::Key_Escape:
+        DeselectEverything();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void TDiagContainer::MoveSelectedBlockBy(int DX, int DY) {
+    TDiagObject* b = SelectedBlock();
+    if (!b)
+        return;
+    const QByteArray before = FUndoStack->Snapshot();
+    // The block's bounds event has the connection list reroute its wires.
+    b->SetBounds(WrapAdd(b->x(), DX), WrapAdd(b->y(), DY), b->width(), b->height());
+    FUndoStack->PushStep(QStringLiteral("Move"), before, kKeyMoveMergeId, b->FObjKey);
+    if (FParent)
+        FParent->update();
+}
+
+void TDiagContainer::DeleteSelection() {
+    // A block that shows as selected goes first; a block clicked off again is not deleted.
+    if (SelectedBlock())
+        DelSelectedObject();
+    else if (!SelInfo.IsZero())
+        DeleteCurSegment();
+}
+
+void TDiagContainer::DeselectEverything() {
+    SelObj = nullptr;
+    SelInfo = LongRec{};
+    if (ObjList)
+        ObjList->DeselectAll(nullptr);
+    if (ConList)
+        ConList->DeselectAll(nullptr);
+    if (FParent)
+        FParent->update();
+}
+
+void TDiagContainer::UpdateSurfaceFocus() {
+    if (!FParent)
+        return;
+    // The surface takes the keyboard focus when clicked in design mode, so that its keys
+    // reach it; outside design mode the host's own focus policy is back.
+    if (FDesignMode) {
+        if (!FFocusPolicySaved) {
+            FSavedFocusPolicy = FParent->focusPolicy();
+            FFocusPolicySaved = true;
+        }
+        if (!(FParent->focusPolicy() & Qt::ClickFocus))
+            FParent->setFocusPolicy(Qt::ClickFocus);
+    } else if (FFocusPolicySaved) {
+        FParent->setFocusPolicy(FSavedFocusPolicy);
+        FFocusPolicySaved = false;
+    }
+}
+
+} // namespace vde
+
+#include "diag_container_undo.moc"
