@@ -144,6 +144,10 @@ bool TDiagContainer::RestoreChangedBlocks(TMemoryStream& S) {
     // old ones they replace match the rest of the stored blocks byte for byte. Reading all the
     // rest always ends it (nothing is left to match); after a few tries that is done at once.
     const int d = n - cn;
+    // The stored blocks are read into a list of their own: their keys are those of the blocks
+    // they replace, which are still in the diagram's list until the swap.
+    TDiagObjectList scratch(ObjList->GetParent());
+    scratch.SetParentCanvas(ObjList->GetParentCanvas());
     std::vector<TDiagObject*> fresh;
     auto dropFresh = [&] {
         for (TDiagObject* o : fresh)
@@ -155,7 +159,7 @@ bool TDiagContainer::RestoreChangedBlocks(TMemoryStream& S) {
     try {
         for (int k = std::max(0, d); p + k <= n; ++k) {
             while (int(fresh.size()) < k)
-                fresh.push_back(TDiagObject::LoadFromStream(S, ObjList.get()));
+                fresh.push_back(TDiagObject::LoadFromStream(S, &scratch));
             if (k - d < 0 || p + k - d > cn)
                 continue;
             if (k >= kTries && p + k < n)
@@ -180,10 +184,11 @@ bool TDiagContainer::RestoreChangedBlocks(TMemoryStream& S) {
     const int k = int(fresh.size());
     if (tailAt == 0)
         return dropFresh(), false;
-    // Swap the old middle for the fresh blocks, which the list has appended at its end.
+    // Swap the old middle for the fresh blocks: appended to the list, then moved into place.
     for (int i = 0; i < k - d; ++i)
         delete ObjList->Items(p);
     for (int j = 0; j < k; ++j) {
+        ObjList->Add(scratch.Remove(fresh[size_t(j)]));
         ObjList->Move(ObjList->IndexOf(fresh[size_t(j)]), p + j);
         AssignObjEvents(fresh[size_t(j)]);
     }

@@ -1,7 +1,7 @@
 #include "velDiagEdit/editor/undo_stack.h"
 
 #include <QLoggingCategory>
-#include <unordered_set>
+#include <QSet>
 #include <utility>
 #include <vector>
 
@@ -135,11 +135,15 @@ void TDiagUndoStack::AbandonStep() {
 }
 
 int64_t TDiagUndoStack::MemoryUsed() const {
-    std::unordered_set<const char*> seen;
+    // Steps side by side share the bytes between them; each buffer counts once. (A QSet: the
+    // standard library's hash table over a plain pointer would be exported with the library.)
+    QSet<const char*> seen;
     int64_t total = 0;
     auto add = [&](const QByteArray& b) {
-        if (!b.isEmpty() && seen.insert(b.constData()).second)
-            total += b.size();
+        if (b.isEmpty() || seen.contains(b.constData()))
+            return;
+        seen.insert(b.constData());
+        total += b.size();
     };
     for (int i = 0; i < count(); ++i)
         if (const auto* s = dynamic_cast<const TDiagUndoStep*>(command(i))) {
