@@ -1,4 +1,5 @@
 // Loading a large diagram from its container stream: 10,000 blocks and 20,000 wires.
+#include "common/large_diagram.h"
 #include "velDiagEdit/editor/diag_container.h"
 
 #include <QCoreApplication>
@@ -11,27 +12,13 @@ using namespace vde;
 
 namespace {
 
-// A sheet of 100 x 100 gates, each wired to two others, saved as a container stream.
+// The large diagram saved as a container stream.
 std::vector<uint8_t> LargeDiagramStream() {
     QWidget panel;
     TCanvas canvas;
     canvas.SetHandle(&panel);
     TDiagContainer dc(&panel, &canvas, nullptr);
-    std::vector<TDiagObject*> all;
-    for (int i = 0; i < 10000; ++i) {
-        const int x = (i % 100) * 200, y = (i / 100) * 150;
-        TDiagObject* b = dc.CreateObjByDiagType(TDiagObjectType(2 + i % 2), {x, y, x + 60, y + 70});
-        b->SetObjKey(TObjKey(i + 1));
-        all.push_back(b);
-    }
-    for (int i = 0; i < 20000; ++i) {
-        TDiagObject* s = all[size_t(i % 10000)];
-        TDiagObject* d = all[size_t((i % 10000 + 1 + (i / 10000) * 100) % 10000)];
-        auto* c =
-            new TDiagObjConnection(dc.ConList.get(), s, 1, d, -1 - (i / 10000), {15, 12}, 0, 0, 0);
-        c->FSrcKey = s->GetObjKey();
-        c->FDstKey = d->GetObjKey();
-    }
+    test::FillLargeDiagram(dc);
     TMemoryStream s;
     dc.SaveToStream(s);
     return s.Bytes();

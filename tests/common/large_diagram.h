@@ -1,0 +1,31 @@
+#pragma once
+// The large diagram of the load and render figures: a sheet of 100 x 100 gates (alternately OR
+// and AND, 60 x 70 pixels, 200 pixels apart across and 150 down), each wired from its output to
+// the next gate's first input and to the gate a row further on's second input: 10,000 blocks and
+// 20,000 routed wires on about 19,860 x 14,920 pixels. Built through the public API only.
+
+#include <velDiagEdit/velDiagEdit.h>
+
+#include <vector>
+
+namespace vde::test {
+
+inline void FillLargeDiagram(TDiagContainer& dc) {
+    std::vector<TDiagObject*> all;
+    for (int i = 0; i < 10000; ++i) {
+        const int x = (i % 100) * 200, y = (i / 100) * 150;
+        TDiagObject* b = dc.CreateObjByDiagType(TDiagObjectType(2 + i % 2), {x, y, x + 60, y + 70});
+        b->SetObjKey(TObjKey(i + 1));
+        all.push_back(b);
+    }
+    for (int i = 0; i < 20000; ++i) {
+        TDiagObject* s = all[size_t(i % 10000)];
+        TDiagObject* d = all[size_t((i % 10000 + 1 + (i / 10000) * 100) % 10000)];
+        auto* c =
+            new TDiagObjConnection(dc.ConList.get(), s, 1, d, -1 - (i / 10000), {15, 12}, 0, 0, 0);
+        c->FSrcKey = s->GetObjKey();
+        c->FDstKey = d->GetObjKey();
+    }
+}
+
+} // namespace vde::test
