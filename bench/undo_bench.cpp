@@ -37,7 +37,7 @@ struct LargeDiagram {
             TDiagObject* d = all[size_t((i * 7 + 1) % kBlocks)];
             new TDiagObjConnection(dc->ConList.get(), s, 1, d, -1 - (i & 1), {10, 10}, 0, 0, 0);
         }
-        // Keys are set by loading: save and load once, as a diagram opened from a file is.
+        // Saved and loaded once, so the diagram is as one opened from a file is.
         dc->RestoreSnapshot(dc->SaveSnapshot());
         dc->UndoStack()->clear();
         QCoreApplication::sendPostedEvents();
