@@ -40,49 +40,59 @@ expect() {
     fi
 }
 
-tree 'platform/a.h=#include "velDiagEdit/platform/b.h"' 'platform/a.h=#include <QString>' \
-    'blocks/c.cpp=#include "velDiagEdit/geometry/g.h"' 'blocks/c.cpp=#include "c.h"' \
-    'editor/e.cpp=#include <velDiagEdit/dialogs/d.h>' 'editor/e.cpp=#include "velDiagEdit/handles/h.h"' \
-    'package/velDiagEdit.h=#include "velDiagEdit/editor/e.h"' \
-    'dialogs/d.h=#include "velDiagEdit/velDiagEdit_export.h"'
+tree 'velDiagEdit/platform/a.h=#include "velDiagEdit/platform/b.h"' 'velDiagEdit/platform/a.h=#include <QString>' \
+    'velDiagEdit/blocks/c.cpp=#include "velDiagEdit/geometry/g.h"' 'velDiagEdit/blocks/c.cpp=#include "c.h"' \
+    'velDiagEdit/editor/e.cpp=#include <velDiagEdit/dialogs/d.h>' 'velDiagEdit/editor/e.cpp=#include "velDiagEdit/handles/h.h"' \
+    'velDiagEdit/velDiagEdit.h=#include "velDiagEdit/editor/e.h"' \
+    'velDiagEdit/dialogs/d.h=#include "velDiagEdit/velDiagEdit_export.h"'
 expect "includes that run down pass" pass "one way"
 
-tree 'platform/dialog_service.cpp=#include <QString>' \
-    'platform/dialog_service.cpp=#include "velDiagEdit/dialogs/dialog_controls.h"'
+tree 'velDiagEdit/platform/dialog_service.cpp=#include <QString>' \
+    'velDiagEdit/platform/dialog_service.cpp=#include "velDiagEdit/dialogs/dialog_controls.h"'
 expect "platform including a dialog fails at its line" fail \
-    "platform/dialog_service.cpp:2: includes velDiagEdit/dialogs/dialog_controls.h"
+    "velDiagEdit/platform/dialog_service.cpp:2: includes velDiagEdit/dialogs/dialog_controls.h"
 
-tree 'blocks/x.h=#include <velDiagEdit/connections/diag_connection.h>'
+tree 'velDiagEdit/blocks/x.h=#include <velDiagEdit/connections/diag_connection.h>'
 expect "angle-bracket include one layer up fails" fail "blocks may not stand on connections"
 
-tree 'geometry/x.cpp=  #  include "velDiagEdit/editor/diag_container.h"'
-expect "spaced-out directive fails" fail "geometry/x.cpp:1"
+tree 'velDiagEdit/geometry/x.cpp=  #  include "velDiagEdit/editor/diag_container.h"'
+expect "spaced-out directive fails" fail "velDiagEdit/geometry/x.cpp:1"
 
-tree 'connections/x.cpp=#include "../editor/diag_container.h"'
+tree 'velDiagEdit/connections/x.cpp=#include "../editor/diag_container.h"'
 expect "relative path up a layer fails" fail "connections may not stand on editor"
 
-tree 'platform/x.cpp=#include "blocks/diag_object.h"'
+tree 'velDiagEdit/platform/x.cpp=#include "blocks/diag_object.h"'
 expect "unprefixed folder path up a layer fails" fail "platform may not stand on blocks"
 
-tree 'dialogs/x.cpp=#include "velDiagEdit/handles/move_resize.h"'
+tree 'velDiagEdit/dialogs/x.cpp=#include "velDiagEdit/handles/move_resize.h"'
 expect "one side layer including another fails" fail "dialogs may not stand on handles"
 
-tree 'timechart/x.cpp=#include "velDiagEdit/geometry/geometry.h"'
+tree 'velDiagEdit/timechart/x.cpp=#include "velDiagEdit/geometry/geometry.h"'
 expect "a side layer including geometry fails" fail "timechart may not stand on geometry"
 
-tree 'blocks/x.cpp=#include "velDiagEdit/velDiagEdit.h"'
+tree 'velDiagEdit/blocks/x.cpp=#include "velDiagEdit/velDiagEdit.h"'
 expect "the umbrella header below package fails" fail "blocks may not stand on package"
 
-tree 'editor/x.cpp=#include "velDiagEdit/widgets/thing.h"'
+tree 'velDiagEdit/editor/x.cpp=#include "velDiagEdit/widgets/thing.h"'
 expect "a folder in no layer fails" fail "in no layer of the library"
 
-tree 'platform/x.cpp=// #include "velDiagEdit/editor/diag_container.h"' \
+tree 'velDiagEdit/platform/x.cpp=// #include "velDiagEdit/editor/diag_container.h"' \
     'apps/demo/main.cpp=#include "velDiagEdit/commands/dm_diag_actions.h"' \
     'tests/platform/x_test.cpp=#include "velDiagEdit/dialogs/scripted_dialog_service.h"'
 expect "comments, tests and applications are not checked" pass
 
-tree 'platform/a.cpp=#include "velDiagEdit/blocks/b.h"' 'handles/b.cpp=#include "velDiagEdit/editor/c.h"'
+tree 'velDiagEdit/platform/a.cpp=#include "velDiagEdit/blocks/b.h"' 'velDiagEdit/handles/b.cpp=#include "velDiagEdit/editor/c.h"'
 expect "every wrong include is reported and counted" fail "2 include(s) run the wrong way"
+
+tree 'velDiagEdit/velDiagEdit.h=#include "velDiagEdit/editor/e.h"' \
+    'velDiagEdit/simulation/s.cpp=#include "velDiagEdit/connections/c.h"'
+expect "the simulation stands on connections" pass "one way"
+
+tree 'velDiagEdit/simulation/s.cpp=#include "velDiagEdit/editor/diag_container.h"'
+expect "simulation including the editor fails" fail "simulation may not stand on editor"
+
+tree 'velDiagEdit/connections/c.cpp=#include "velDiagEdit/simulation/s.h"'
+expect "connections including the simulation fails" fail "connections may not stand on simulation"
 
 if [ "$failed" -ne 0 ]; then
     echo "$failed of $case_no cases failed"
