@@ -4,6 +4,7 @@
 #include "blocks/block_test_util.h"
 #include "velDiagEdit/blocks/diag_rs_trigger.h"
 #include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/platform/graphic_host.h"
 
 #include <QPushButton>
 #include <gtest/gtest.h>
@@ -30,8 +31,10 @@ TEST_F(BlockMetaTest, EveryKindCarriesItsOwnClassName) {
 TEST_F(BlockMetaTest, TheKindsInheritAlongTheirChain) {
     TDiagObject* trigger = List.CreateObjByDiagType(doRSTrigger, {0, 0, 60, 100});
     for (const char* base : {"vde::TDiagLogic", "vde::TDiagText", "vde::TDiagObject",
-                             "vde::TGraphicControl", "QWidget"})
+                             "vde::TGraphicControl", "QObject"})
         EXPECT_TRUE(trigger->inherits(base)) << base;
+    // A block has no window of its own.
+    EXPECT_FALSE(trigger->isWidgetType());
     TDiagObject* text = List.CreateObjByDiagType(doText, {0, 0, 60, 100});
     EXPECT_FALSE(text->inherits("vde::TDiagLogic"));
 }
@@ -40,12 +43,18 @@ TEST_F(BlockMetaTest, QObjectCastTellsBlocksFromTheParentsOtherChildren) {
     List.CreateObjByDiagType(doAndLogic, {0, 0, 60, 100});
     List.CreateObjByDiagType(doText, {100, 0, 160, 100});
     new QPushButton(&Parent); // a host's own control on the same parent
+    // Blocks are the parent's graphic controls; its child widgets are the host's own.
+    std::vector<QObject*> onParent;
+    for (TGraphicControl* c : TGraphicHost::ControlsOf(&Parent))
+        onParent.push_back(c);
+    for (QWidget* child : Parent.findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+        onParent.push_back(child);
     int blocks = 0, logic = 0, graphic = 0, others = 0;
-    for (QWidget* child : Parent.findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
-        blocks += qobject_cast<TDiagObject*>(child) != nullptr;
-        logic += qobject_cast<TDiagLogic*>(child) != nullptr;
-        graphic += qobject_cast<TGraphicControl*>(child) != nullptr;
-        others += qobject_cast<TGraphicControl*>(child) == nullptr;
+    for (QObject* o : onParent) {
+        blocks += qobject_cast<TDiagObject*>(o) != nullptr;
+        logic += qobject_cast<TDiagLogic*>(o) != nullptr;
+        graphic += qobject_cast<TGraphicControl*>(o) != nullptr;
+        others += qobject_cast<TGraphicControl*>(o) == nullptr;
     }
     EXPECT_EQ(blocks, 2);
     EXPECT_EQ(logic, 1);

@@ -4,6 +4,7 @@
 #include "velDiagEdit/blocks/diag_rs_trigger.h"
 #include "velDiagEdit/blocks/diag_text.h"
 #include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/graphic_host.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +17,7 @@ class BlockRecordsTest : public BlockListTest {
 protected:
     const TNotifyEvent NoEvent = [](QObject*) {};
 
-    int BlockWidgets() const { return int(Parent.findChildren<TDiagObject*>().size()); }
+    int BlockWidgets() const { return int(TGraphicHost::ControlsOf(&Parent).size()); }
 };
 
 // --- golden records
@@ -355,7 +356,7 @@ TEST_F(BlockRecordsTest, HandBuiltMultiBlockStreamIsValid) {
 void ExpectOnlyWholeBlocks(const TDiagObjectList& list, const QWidget& parent, const MultiBlock& m,
                            int atMost) {
     EXPECT_LE(list.Count(), atMost);
-    EXPECT_EQ(int(parent.findChildren<TDiagObject*>().size()), list.Count());
+    EXPECT_EQ(int(TGraphicHost::ControlsOf(&parent).size()), list.Count());
     size_t start = 4;
     for (int i = 0; i < list.Count(); ++i) {
         const std::vector<uint8_t> rec(m.Data.begin() + long(start),

@@ -4,6 +4,7 @@
 #include "velDiagEdit/blocks/diag_rs_trigger.h"
 #include "velDiagEdit/blocks/diag_text.h"
 #include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/graphic_host.h"
 
 #include <QPointer>
 #include <gtest/gtest.h>
@@ -89,7 +90,7 @@ TEST_F(DiagObjectListTest, NoBlockForKindNoneOrOutOfRange) {
     EXPECT_EQ(List.CreateObjByDiagType(static_cast<TDiagObjectType>(5), {0, 0, 50, 50}), nullptr);
     EXPECT_EQ(List.CreateObjByDiagType(static_cast<TDiagObjectType>(255), {0, 0, 50, 50}), nullptr);
     EXPECT_EQ(List.Count(), 0);
-    EXPECT_TRUE(Parent.findChildren<TDiagObject*>().isEmpty());
+    EXPECT_TRUE(TGraphicHost::ControlsOf(&Parent).empty());
 }
 
 TEST_F(DiagObjectListTest, NewBlocksGetTheParentCanvas) {

@@ -1,6 +1,7 @@
 // The command module: its menus, their commands, and storage by name and through the dialogs.
 
 #include "actions_test_util.h"
+#include "common/mouse_util.h"
 
 #include "velDiagEdit/connections/diag_connection.h"
 #include "velDiagEdit/platform/components.h"
@@ -353,8 +354,8 @@ TEST_F(ActionsFixture, TheCurrentNodeControlIsTheHostWidgetLastPressedInDesignMo
     dm->SetDesignMode(true);
     EXPECT_EQ(dm->GetCurrentNodeControl(), nullptr);
     input.Pos = ClientToScreen(&host.panel, {260, 210});
-    QTest::mousePress(edit, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
-    QTest::mouseRelease(edit, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
+    vde::test::MousePress(edit, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
+    vde::test::MouseRelease(edit, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
     EXPECT_EQ(dm->GetCurrentNodeControl(), edit);
 }
 
@@ -566,7 +567,7 @@ TEST_F(MenuCommandTest, AConversionErrorOfTypedTextIsShownOnceAndChangesNothing)
 TEST_F(MenuCommandTest, TheMenusPoppedUpByRealClicksReachTheirCommands) {
     // A right click on empty surface far from the wire: the objects menu, and "AndLogic" makes
     // an AND gate where the click was.
-    QTest::mouseClick(&host.panel, Qt::RightButton, Qt::NoModifier, QPoint(330, 40));
+    vde::test::MouseClick(&host.panel, Qt::RightButton, Qt::NoModifier, QPoint(330, 40));
     ASSERT_NE(popups.Last(), nullptr);
     EXPECT_EQ(popups.Last()->MenuName, QStringLiteral("pmObjects"));
     ASSERT_TRUE(popups.Click(QStringLiteral("mnuAndLogic")));
@@ -578,7 +579,7 @@ TEST_F(MenuCommandTest, TheMenusPoppedUpByRealClicksReachTheirCommands) {
     // becomes the selected one.
     const TDotMarker* out1 = a->GetMarker(1);
     ASSERT_NE(out1, nullptr);
-    QTest::mouseClick(a, Qt::RightButton, Qt::NoModifier, QPoint(out1->P.X, out1->P.Y));
+    vde::test::MouseClick(a, Qt::RightButton, Qt::NoModifier, QPoint(out1->P.X, out1->P.Y));
     EXPECT_EQ(popups.Last()->MenuName, QStringLiteral("pmConnections"));
     dialogs.Expect(TDialogAnswer::Cancel(dkEditSizeValue));
     ASSERT_TRUE(popups.Click(QStringLiteral("mnuChangeConSize")));

@@ -3,6 +3,7 @@
 // scripted dialogs, and the picture the parent shows at the end.
 
 #include "commands_test_util.h"
+#include "common/mouse_util.h"
 
 #include "common/test_util.h"
 #include "velDiagEdit/geometry/codecs.h"
@@ -89,11 +90,11 @@ protected:
         dc->SetDesignMode(true);
     }
 
-    void Click(QWidget* w, Qt::MouseButton button, QPoint local) {
-        QTest::mouseClick(w, button, Qt::NoModifier, local);
+    void Click(QObject* w, Qt::MouseButton button, QPoint local) {
+        vde::test::MouseClick(w, button, Qt::NoModifier, local);
     }
     // A right click that must open the named menu, then the item chosen from it.
-    void Choose(QWidget* w, QPoint local, const char* menu, const char* item) {
+    void Choose(QObject* w, QPoint local, const char* menu, const char* item) {
         const size_t shown = popups.Records.size();
         Click(w, Qt::RightButton, local);
         ASSERT_EQ(popups.Records.size(), shown + 1)

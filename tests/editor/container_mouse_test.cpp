@@ -2,6 +2,7 @@
 // input state supplies the Shift key and the cursor's screen position, as the container reads
 // both from the system rather than from the event.
 
+#include "common/mouse_util.h"
 #include "editor_test_util.h"
 
 #include "common/test_util.h"
@@ -32,14 +33,14 @@ protected:
         return Screen({b->x() + b->width(), b->y() + b->height()});
     }
 
-    void Press(QWidget* w, Qt::MouseButton button, QPoint local) {
-        QTest::mousePress(w, button, Qt::NoModifier, local);
+    void Press(QObject* w, Qt::MouseButton button, QPoint local) {
+        vde::test::MousePress(w, button, Qt::NoModifier, local);
     }
-    void Move(QWidget* w, QPoint local) { QTest::mouseMove(w, local); }
-    void Release(QWidget* w, Qt::MouseButton button, QPoint local) {
-        QTest::mouseRelease(w, button, Qt::NoModifier, local);
+    void Move(QObject* w, QPoint local) { vde::test::MouseMove(w, local); }
+    void Release(QObject* w, Qt::MouseButton button, QPoint local) {
+        vde::test::MouseRelease(w, button, Qt::NoModifier, local);
     }
-    void Click(QWidget* w, Qt::MouseButton button, QPoint local) {
+    void Click(QObject* w, Qt::MouseButton button, QPoint local) {
         Press(w, button, local);
         Release(w, button, local);
     }
@@ -116,9 +117,9 @@ TEST_F(MouseFixture, AShiftFlagOnTheEventAloneDoesNotCount) {
     // The keyboard state says no Shift, whatever the event carries.
     input.Shift = 0;
     input.Pos = Screen({120, 60});
-    QTest::mousePress(gate, Qt::LeftButton, Qt::ShiftModifier, QPoint(20, 10));
+    vde::test::MousePress(gate, Qt::LeftButton, Qt::ShiftModifier, QPoint(20, 10));
     EXPECT_EQ(dc->FResizeMode, kDragNone);
-    QTest::mouseRelease(gate, Qt::LeftButton, Qt::ShiftModifier, QPoint(20, 10));
+    vde::test::MouseRelease(gate, Qt::LeftButton, Qt::ShiftModifier, QPoint(20, 10));
 }
 
 TEST_F(MouseFixture, APressClearsTheBlocksPartialPaintFlag) {

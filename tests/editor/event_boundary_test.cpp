@@ -1,6 +1,7 @@
 // Errors raised inside handlers the library installs (mouse, paint, menu) stop at one boundary
 // and reach the user as an error message; the program and the diagram carry on.
 
+#include "common/mouse_util.h"
 #include "editor_test_util.h"
 
 #include "velDiagEdit/platform/errors.h"
@@ -28,7 +29,7 @@ TEST_F(EditorFixture, AMouseHandlerThatThrowsShowsTheErrorsTextAndTheEventGoesNo
     SetMouseHandlers(&target, h);
     dialogs.Expect(TDialogAnswer::Error());
     const int before = EventBoundaryErrorCount();
-    QTest::mouseClick(&target, Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
+    vde::test::MouseClick(&target, Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
     EXPECT_EQ(calls, 1);
     ASSERT_EQ(dialogs.Asked().size(), 1u);
     EXPECT_EQ(dialogs.Asked()[0].Kind, dkErrorMessageDlg);
@@ -36,7 +37,7 @@ TEST_F(EditorFixture, AMouseHandlerThatThrowsShowsTheErrorsTextAndTheEventGoesNo
     EXPECT_EQ(EventBoundaryErrorCount(), before + 1);
     // The next event is handled as usual.
     dialogs.Expect(TDialogAnswer::Error());
-    QTest::mouseClick(&target, Qt::LeftButton, Qt::NoModifier, QPoint(6, 6));
+    vde::test::MouseClick(&target, Qt::LeftButton, Qt::NoModifier, QPoint(6, 6));
     EXPECT_EQ(calls, 2);
     SetMouseHandlers(&target, {});
 }
@@ -84,20 +85,20 @@ TEST_F(EditorFixture, AnErrorInTheContainersBlockHandlerLeavesTheDiagramWorking)
         [](QObject*) { throw EInvalidOperation(QStringLiteral("Cannot move")); });
     input.Shift = ssShift;
     input.Pos = Screen({120, 60});
-    QTest::mousePress(gate, Qt::LeftButton, Qt::NoModifier, QPoint(20, 10));
+    vde::test::MousePress(gate, Qt::LeftButton, Qt::NoModifier, QPoint(20, 10));
     dialogs.Expect(TDialogAnswer::Error());
     input.Pos = {input.Pos.X + 5, input.Pos.Y};
-    QTest::mouseMove(gate, QPoint(25, 10));
+    vde::test::MouseMove(gate, QPoint(25, 10));
     ASSERT_EQ(dialogs.Asked().size(), 1u);
     EXPECT_EQ(dialogs.Asked()[0].Text, QStringLiteral("Cannot move"));
     // The step moved the block before the callback failed; the release still ends the drag.
     EXPECT_EQ(gate->x(), 105);
-    QTest::mouseRelease(gate, Qt::LeftButton, Qt::NoModifier, QPoint(25, 10));
+    vde::test::MouseRelease(gate, Qt::LeftButton, Qt::NoModifier, QPoint(25, 10));
     EXPECT_EQ(dc->FResizeMode, kDragNone);
     EXPECT_EQ(input.Cursor, crDefault);
     gate->SetOnModifyBounds({});
     input.Shift = 0;
-    QTest::mouseClick(gate, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
+    vde::test::MouseClick(gate, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
     EXPECT_TRUE(gate->GetSelected());
 }
 

@@ -2,6 +2,7 @@
 // keys, pressed with QTest on the surface, work in design mode and change nothing outside it.
 
 #include "commands_test_util.h"
+#include "common/mouse_util.h"
 #include "undo_test_util.h"
 
 #include <QAction>
@@ -60,16 +61,16 @@ protected:
     void Drag(TDiagObject* block, QPoint grab, int dx, int dy, int steps) {
         input.Shift = ssShift;
         input.Pos = Screen({block->x() + grab.x(), block->y() + grab.y()});
-        QTest::mousePress(block, Qt::LeftButton, Qt::NoModifier, grab);
+        vde::test::MousePress(block, Qt::LeftButton, Qt::NoModifier, grab);
         QPoint local = grab;
         for (int i = 1; i <= steps; ++i) {
             const int sx = dx * i / steps - dx * (i - 1) / steps;
             const int sy = dy * i / steps - dy * (i - 1) / steps;
             input.Pos = {input.Pos.X + sx, input.Pos.Y + sy};
             local += QPoint(sx, sy);
-            QTest::mouseMove(block, local);
+            vde::test::MouseMove(block, local);
         }
-        QTest::mouseRelease(block, Qt::LeftButton, Qt::NoModifier, local);
+        vde::test::MouseRelease(block, Qt::LeftButton, Qt::NoModifier, local);
         input.Shift = 0;
     }
 
@@ -127,7 +128,7 @@ TEST_F(UndoSurface, ADragThatEndsWhereItBeganLeavesNoStep) {
 }
 
 TEST_F(UndoSurface, AClickThatOnlySelectsLeavesNoStep) {
-    QTest::mouseClick(a, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
+    vde::test::MouseClick(a, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
     EXPECT_TRUE(a->FSelected);
     EXPECT_EQ(stack->count(), 0);
 }
@@ -186,8 +187,8 @@ TEST_F(UndoSurface, DeleteWithASegmentSelectedAndNoBlockDeletesTheSegment) {
 }
 
 TEST_F(UndoSurface, DeleteWithABlockClickedOffAgainDeletesNoBlock) {
-    QTest::mouseClick(a, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
-    QTest::mouseClick(a, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
+    vde::test::MouseClick(a, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
+    vde::test::MouseClick(a, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
     ASSERT_EQ(dc->SelObj, a);
     ASSERT_FALSE(a->FSelected);
     const auto before = Stream();
@@ -317,6 +318,6 @@ TEST_F(UndoSurface, InDesignModeTheSurfaceTakesTheFocusWhenClickedAndGivesThePol
 
 TEST_F(UndoSurface, AClickOnABlockGivesTheSurfaceTheKeyboardFocus) {
     panel.activateWindow();
-    QTest::mouseClick(a, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
+    vde::test::MouseClick(a, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
     EXPECT_TRUE(panel.hasFocus());
 }

@@ -4,6 +4,7 @@
 // gives back the diagram as it was when undoing began.
 
 #include "commands_test_util.h"
+#include "common/mouse_util.h"
 #include "undo_test_util.h"
 
 #include "velDiagEdit/dialogs/edit_segment_params.h"
@@ -166,15 +167,15 @@ protected:
         const QPoint grab = resize ? QPoint(b->width() - 3, b->height() - 3) : QPoint(10, 10);
         input.Shift = ssShift;
         input.Pos = Screen({b->x() + grab.x(), b->y() + grab.y()});
-        QTest::mousePress(b, Qt::LeftButton, Qt::NoModifier, grab);
+        vde::test::MousePress(b, Qt::LeftButton, Qt::NoModifier, grab);
         QPoint local = grab;
         for (int i = 0, moves = Pick(1, 3); i < moves; ++i) {
             const int dx = Pick(-20, 20), dy = Pick(-20, 20);
             input.Pos = {input.Pos.X + dx, input.Pos.Y + dy};
             local += QPoint(dx, dy);
-            QTest::mouseMove(b, local);
+            vde::test::MouseMove(b, local);
         }
-        QTest::mouseRelease(b, Qt::LeftButton, Qt::NoModifier, local);
+        vde::test::MouseRelease(b, Qt::LeftButton, Qt::NoModifier, local);
         input.Shift = 0;
     }
 

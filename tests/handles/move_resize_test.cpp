@@ -2,6 +2,7 @@
 #include "velDiagEdit/handles/move_resize.h"
 #include "velDiagEdit/platform/components.h"
 #include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/graphic_host.h"
 #include "velDiagEdit/platform/input_state.h"
 
 #include <QLabel>
@@ -528,11 +529,13 @@ TEST_F(MoveResize, PressOnAGraphicControlIsIgnored) {
     g->show();
     EXPECT_TRUE(mr.AssignControlEvents(g, false));
     EXPECT_FALSE(g->MouseHandlers.Empty());
-    Press(g, QPoint(5, 5));
+    // The press reaches the control through its parent, as a user's mouse does.
+    ASSERT_EQ(TGraphicHost::Find(&host)->ControlAt(g->mapToParent(QPoint(5, 5))), g);
+    Press(&host, g->mapToParent(QPoint(5, 5)));
     EXPECT_FALSE(mr.GetInResizeMode());
     EXPECT_TRUE(input.Log.isEmpty());
     EXPECT_EQ(mr.GetCurrentNodeControl(), nullptr);
-    ReleaseAt(g, g->mapToGlobal(QPoint(5, 5)));
+    ReleaseAt(&host, g->mapToGlobal(QPoint(5, 5)));
 }
 
 // ---- resizing through a handle ----

@@ -2,6 +2,7 @@
 // mouse and the menus, everything saved, the list freed, and a new list loading both back.
 
 #include "commands/actions_test_util.h"
+#include "common/mouse_util.h"
 
 #include "velDiagEdit/connections/diag_connection.h"
 #include "velDiagEdit/package/diag_package.h"
@@ -34,15 +35,17 @@ protected:
     }
 
     // A menu popped up by a right click at `at` on `w`; then the item `item` chosen from it.
-    void RightClickAndChoose(QWidget* w, QPoint at, const char* menu, const char* item) {
+    void RightClickAndChoose(QObject* w, QPoint at, const char* menu, const char* item) {
         const size_t shown = popups.Records.size();
-        QTest::mouseClick(w, Qt::RightButton, Qt::NoModifier, at);
+        vde::test::MouseClick(w, Qt::RightButton, Qt::NoModifier, at);
         ASSERT_EQ(popups.Records.size(), shown + 1) << item;
         ASSERT_EQ(popups.Last()->MenuName, QString::fromLatin1(menu)) << item;
         ASSERT_TRUE(popups.Click(QString::fromLatin1(item))) << item;
     }
 
-    static QPoint Center(const QWidget* w) { return QPoint(w->width() / 2, w->height() / 2); }
+    static QPoint Center(const TGraphicControl* w) {
+        return QPoint(w->width() / 2, w->height() / 2);
+    }
     static QPoint MarkerAt(const TDiagObject* b, int index) {
         const TDotMarker* m = b->GetMarker(index);
         return m ? QPoint(m->P.X, m->P.Y) : QPoint(-1, -1);
@@ -76,9 +79,9 @@ TEST_F(HostCallingOrder, TwoDiagramsEditedSavedFreedAndLoadedBackByteIdentical) 
         TDiagObject* andGate = rc.ObjList->Items(0);
         EXPECT_EQ(andGate->FObjType, doAndLogic);
         EXPECT_EQ(rc.ObjList->Items(1)->FObjType, doOrLogic);
-        QTest::mouseClick(andGate, Qt::LeftButton, Qt::NoModifier, Center(andGate));
+        vde::test::MouseClick(andGate, Qt::LeftButton, Qt::NoModifier, Center(andGate));
         EXPECT_TRUE(andGate->FSelected);
-        QTest::mouseClick(andGate, Qt::LeftButton, Qt::NoModifier, MarkerAt(andGate, 1));
+        vde::test::MouseClick(andGate, Qt::LeftButton, Qt::NoModifier, MarkerAt(andGate, 1));
         EXPECT_EQ(andGate->FSelMarkerIndex, 1);
         dialogs.Expect(TDialogAnswer::Segment(80, 0));
         RightClickAndChoose(andGate, MarkerAt(andGate, 1), "pmConnections", "mnuAddSegment");
@@ -103,7 +106,7 @@ TEST_F(HostCallingOrder, TwoDiagramsEditedSavedFreedAndLoadedBackByteIdentical) 
         RightClickAndChoose(&left.panel, QPoint(60, 50), "pmObjects", "mnuText");
         ASSERT_EQ(lc.ObjList->Count(), 1);
         TDiagObject* text = lc.ObjList->Items(0);
-        QTest::mouseClick(text, Qt::LeftButton, Qt::NoModifier, Center(text));
+        vde::test::MouseClick(text, Qt::LeftButton, Qt::NoModifier, Center(text));
         EXPECT_TRUE(text->FSelected);
         dialogs.Expect(TDialogAnswer::Query(QStringLiteral("5,-3")));
         RightClickAndChoose(text, Center(text), "pmObjects", "mnuShiftBy");

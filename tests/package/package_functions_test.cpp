@@ -1,6 +1,7 @@
 // The package functions a host calls and the list of diagrams by name behind them.
 
 #include "commands/actions_test_util.h"
+#include "common/mouse_util.h"
 
 #include "velDiagEdit/commands/diag_actions_list.h"
 #include "velDiagEdit/package/diag_package.h"
@@ -414,8 +415,8 @@ TEST_F(PackageFixture, GetCurrentNodeControlIsTheCurrentDiagramsHandleCarrier) {
     right.Show();
     EXPECT_EQ(GetCurrentNodeControl(), nullptr);
     input.Pos = ClientToScreen(&right.panel, {210, 110});
-    QTest::mousePress(edit, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
-    QTest::mouseRelease(edit, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
+    vde::test::MousePress(edit, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
+    vde::test::MouseRelease(edit, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
     EXPECT_EQ(GetCurrentNodeControl(), edit);
 }
 

@@ -1,3 +1,4 @@
+#include "common/mouse_util.h"
 #include "velDiagEdit/platform/controls.h"
 #include "velDiagEdit/platform/input_state.h"
 
@@ -22,8 +23,8 @@ TEST(GraphicControl, MouseEventsGoToHandlers) {
     g.MouseHandlers.OnMouseUp = [&](QObject*, TMouseButton b, TShiftState, int x, int y) {
         log.push_back(QStringLiteral("up %1 %2,%3").arg(int(b)).arg(x).arg(y));
     };
-    QTest::mousePress(&g, Qt::RightButton, Qt::ShiftModifier, QPoint(5, 6));
-    QTest::mouseRelease(&g, Qt::RightButton, Qt::NoModifier, QPoint(7, 8));
+    vde::test::MousePress(&g, Qt::RightButton, Qt::ShiftModifier, QPoint(5, 6));
+    vde::test::MouseRelease(&g, Qt::RightButton, Qt::NoModifier, QPoint(7, 8));
     ASSERT_EQ(log.size(), 2u);
     EXPECT_EQ(log[0], QStringLiteral("down 1 %1 5,6").arg(int(ssShift | ssRight)));
     EXPECT_EQ(log[1], QStringLiteral("up 1 7,8"));
@@ -53,12 +54,12 @@ TEST(ForeignControl, HookReplacesAndReleasesItsMouseHandling) {
     };
     SetMouseHandlers(button, h);
     EXPECT_TRUE(HasMouseHook(button));
-    QTest::mouseClick(button, Qt::LeftButton);
+    vde::test::MouseClick(button, Qt::LeftButton);
     EXPECT_EQ(downs, 1);
     EXPECT_EQ(clicked.count(), 0);
     SetMouseHandlers(button, {});
     EXPECT_FALSE(HasMouseHook(button));
-    QTest::mouseClick(button, Qt::LeftButton);
+    vde::test::MouseClick(button, Qt::LeftButton);
     EXPECT_EQ(downs, 1);
     EXPECT_EQ(clicked.count(), 1);
 }

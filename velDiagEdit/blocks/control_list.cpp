@@ -11,18 +11,18 @@ namespace {
 Q_LOGGING_CATEGORY(lcBlocks, "veldiagedit.blocks")
 } // namespace
 
-QWidget* TControlList::Items(int Index) const {
+QObject* TControlList::Items(int Index) const {
     if (Index < 0 || Index >= Count())
         return nullptr;
     return FItems[size_t(Index)];
 }
 
-int TControlList::Add(QWidget* Control) {
+int TControlList::Add(QObject* Control) {
     FItems.emplace_back(Control);
     return Count() - 1;
 }
 
-int TControlList::IndexOf(const QWidget* Control) const {
+int TControlList::IndexOf(const QObject* Control) const {
     for (size_t i = 0; i < FItems.size(); ++i)
         if (FItems[i] == Control)
             return int(i);
@@ -34,7 +34,7 @@ void TControlList::Delete(int Index) {
         FItems.erase(FItems.begin() + Index);
 }
 
-QWidget* TControlList::FindControl(const QString& Name) const {
+QObject* TControlList::FindControl(const QString& Name) const {
     for (const auto& c : FItems)
         if (c && c->objectName().compare(Name, Qt::CaseInsensitive) == 0)
             return c;
@@ -47,7 +47,7 @@ void TControlList::SaveToStream(TStream& Stream) const {
     for (const auto& c : FItems) {
         if (!c || !IsWindowedControl(c))
             continue;
-        w.Str(c->objectName()).Rect(BoundsRect(c));
+        w.Str(c->objectName()).Rect(BoundsRect(static_cast<const QWidget*>(c.data())));
     }
     w.Flush(Stream);
 }
@@ -61,7 +61,7 @@ void TControlList::LoadFromStream(TStream& Stream) {
     for (int32_t i = 0; i < n; ++i) {
         const int64_t at = Stream.Position();
         const QString name = Stream.ReadStr();
-        QWidget* c = FindControl(name);
+        QObject* c = FindControl(name);
         if (!c) {
             if (FUnknownNames++ == 0) {
                 firstName = name;
@@ -71,7 +71,11 @@ void TControlList::LoadFromStream(TStream& Stream) {
         }
         TRecordReader r(Stream, kRectSize);
         const TRect b = r.Rect();
-        SetBounds(c, b.Left, b.Top, WrapSub(b.Right, b.Left), WrapSub(b.Bottom, b.Top));
+        const int32_t w = WrapSub(b.Right, b.Left), h = WrapSub(b.Bottom, b.Top);
+        if (auto* g = qobject_cast<TGraphicControl*>(c))
+            SetBounds(g, b.Left, b.Top, w, h);
+        else
+            SetBounds(static_cast<QWidget*>(c), b.Left, b.Top, w, h);
     }
     if (FUnknownNames > 0) {
         // One line per load, however many entries missed: a hostile stream must not turn

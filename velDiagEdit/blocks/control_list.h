@@ -1,6 +1,7 @@
 #pragma once
 // Remembers the parent's ordinary child widgets (not blocks) by name and bounds, so that a
-// saved diagram can put them back where they were. It never owns them.
+// saved diagram can put them back where they were. It never owns them. An item may also be a
+// graphic control: it is counted and found by name, but only windowed controls are written.
 
 #include "velDiagEdit/platform/streams.h"
 #include "velDiagEdit/velDiagEdit_export.h"
@@ -17,14 +18,14 @@ public:
     explicit TControlList(QWidget* AParent) : FParent(AParent) {}
 
     int Count() const { return int(FItems.size()); }
-    QWidget* Items(int Index) const;
-    int Add(QWidget* Control);
-    int IndexOf(const QWidget* Control) const;
+    QObject* Items(int Index) const;
+    int Add(QObject* Control);
+    int IndexOf(const QObject* Control) const;
     void Delete(int Index);
     void Clear() { FItems.clear(); }
 
     // First item whose object name equals Name ignoring case.
-    QWidget* FindControl(const QString& Name) const;
+    QObject* FindControl(const QString& Name) const;
 
     // Count of all items, then an entry (name, bounds) for each windowed control only.
     void SaveToStream(TStream& Stream) const;
@@ -39,7 +40,7 @@ public:
     QPointer<QWidget> FParent;
 
 private:
-    std::vector<QPointer<QWidget>> FItems;
+    std::vector<QPointer<QObject>> FItems;
     QStringList FWarnings;
     int FUnknownNames = 0;
 };

@@ -97,7 +97,7 @@ void TDiagContainer::AssignControlEventsForChildren(bool Clear) {
         return;
     if (CntList->Count() > 0) {
         for (int i = 0; i < CntList->Count(); ++i)
-            if (QWidget* c = CntList->Items(i))
+            if (auto* c = qobject_cast<QWidget*>(CntList->Items(i)))
                 dmMoveResize->AssignControlEvents(c, Clear);
         return;
     }

@@ -177,7 +177,7 @@ public:
 protected:
     // Chebyshev distance, in screen pixels, from the cursor to the control's bottom-right corner
     // (top-left with BottomRight false).
-    int CornerDistance(QWidget* Control, bool BottomRight) const;
+    int CornerDistance(TGraphicControl* Control, bool BottomRight) const;
     static bool IsShiftDown();
 
 private:

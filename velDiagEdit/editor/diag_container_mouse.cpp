@@ -14,7 +14,7 @@ bool TDiagContainer::IsShiftDown() {
     return (InputState().KeyboardShift() & ssShift) != 0;
 }
 
-int TDiagContainer::CornerDistance(QWidget* Control, bool BottomRight) const {
+int TDiagContainer::CornerDistance(TGraphicControl* Control, bool BottomRight) const {
     if (!Control || !Control->parentWidget())
         return 0;
     const TPoint cursor = InputState().CursorPos();

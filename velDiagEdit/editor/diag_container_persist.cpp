@@ -70,7 +70,7 @@ void CheckControlSection(TStream& Stream, const TControlList& Controls) {
     std::vector<std::unique_ptr<QWidget>> standIns;
     TControlList probe(nullptr);
     for (int i = 0; i < Controls.Count(); ++i) {
-        QWidget* c = Controls.Items(i);
+        QObject* c = Controls.Items(i);
         if (!c)
             continue;
         auto w = std::make_unique<QWidget>();

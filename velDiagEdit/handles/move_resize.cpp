@@ -179,7 +179,7 @@ void TdmMoveResize::CreateNodes(QObject* AOwner, QWidget* AParent) {
     }
 }
 
-bool TdmMoveResize::AssignControlEvents(QWidget* Control, bool SetEmpty) {
+bool TdmMoveResize::AssignControlEvents(QObject* Control, bool SetEmpty) {
     if (!Control || (FNodes && FNodes->IndexOf(Control) >= 0))
         return false;
     if (SetEmpty) {

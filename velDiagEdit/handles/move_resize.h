@@ -64,7 +64,7 @@ public:
     void CreateNodes(QObject* AOwner, QWidget* AParent);
     // Hooks (SetEmpty false) or unhooks (true) the control's mouse events; true exactly when the
     // control is now under move/resize control. A handle, or no control, gives false.
-    bool AssignControlEvents(QWidget* Control, bool SetEmpty);
+    bool AssignControlEvents(QObject* Control, bool SetEmpty);
     void SetNodesVisible(bool Visible);
     void PositionNodes(QWidget* C);
 

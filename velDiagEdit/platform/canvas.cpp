@@ -204,8 +204,9 @@ ICanvasBackend* TCanvas::Resolve(bool mayBegin) {
         }
         return FForeignBackend.get();
     }
-    // A widget can only be drawn on during its paint.
-    if (!mayBegin || FHandle->devType() == QInternal::Widget)
+    // A widget can only be drawn on during its paint, and a graphic control only with the
+    // painter its parent lends it.
+    if (!mayBegin || FHandle->devType() == QInternal::Widget || !FHandle->paintEngine())
         return nullptr;
     FOwnPainter = std::make_unique<QPainter>();
     if (!FOwnPainter->begin(FHandle)) {
@@ -293,7 +294,7 @@ bool TCanvas::ClipRect(TRect& R) {
     TRect area;
     const ICanvasBackend* b = Resolve(false);
     bool hasArea = b && b->VisibleRect(area);
-    if (!b && FHandle && FHandle->devType() != QInternal::Widget) {
+    if (!b && FHandle && FHandle->devType() != QInternal::Widget && FHandle->paintEngine()) {
         // An image or picture is drawn on by a painter of the canvas's own, over all of it.
         area = {0, 0, FHandle->width(), FHandle->height()};
         hasArea = true;

@@ -1,6 +1,7 @@
 #include "velDiagEdit/platform/controls.h"
 
 #include "velDiagEdit/platform/event_boundary.h"
+#include "velDiagEdit/platform/graphic_host.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -76,9 +77,9 @@ bool DispatchUnguarded(QObject* sender, const TMouseHandlers& h, QEvent* ev) {
     }
 }
 
-// Delivers a mouse event to the handlers; true when it was one of the mouse events. A handler's
-// error stops at the event boundary.
-bool Dispatch(QObject* sender, const TMouseHandlers& h, QEvent* ev) {
+} // namespace
+
+bool DispatchMouseEvent(QObject* sender, const TMouseHandlers& h, QEvent* ev) {
     const QEvent::Type t = ev->type();
     bool handled = t == QEvent::MouseButtonPress || t == QEvent::MouseButtonDblClick ||
                    t == QEvent::MouseMove || t == QEvent::MouseButtonRelease;
@@ -87,6 +88,8 @@ bool Dispatch(QObject* sender, const TMouseHandlers& h, QEvent* ev) {
     RunInEventBoundary("mouse", [&] { handled = DispatchUnguarded(sender, h, ev); });
     return handled;
 }
+
+namespace {
 
 class TMouseHook : public QObject {
 public:
@@ -100,9 +103,18 @@ protected:
     bool eventFilter(QObject* watched, QEvent* ev) override {
         if (watched != parent())
             return false;
+        // The widget's graphic controls take what falls on them, whichever filter runs first.
+        auto* w = static_cast<QWidget*>(watched);
+        if (TGraphicHost* host = TGraphicHost::Find(w)) {
+            const QEvent::Type t = ev->type();
+            if ((t == QEvent::MouseButtonPress || t == QEvent::MouseButtonDblClick ||
+                 t == QEvent::MouseMove || t == QEvent::MouseButtonRelease) &&
+                host->DispatchMouse(static_cast<QMouseEvent*>(ev)))
+                return true;
+        }
         // Copy: a handler may replace or remove this hook.
         const TMouseHandlers h = Handlers;
-        return Dispatch(watched, h, ev);
+        return DispatchMouseEvent(watched, h, ev);
     }
 };
 
@@ -112,38 +124,171 @@ TMouseHook* FindHook(const QWidget* w) {
 
 } // namespace
 
-TGraphicControl::TGraphicControl(QWidget* parent) : QWidget(parent) {
+TGraphicControl::TGraphicControl(QWidget* parent) {
     FCanvas.SetHandle(this);
-    setAttribute(Qt::WA_NoSystemBackground);
+    // Outside the parent's paint the canvas cannot draw: it asks for the paint instead.
+    FCanvas.OnRequestPaint = [this] { update(); };
+    setParent(parent);
 }
 
-TGraphicControl::~TGraphicControl() = default;
+TGraphicControl::~TGraphicControl() {
+    update();
+    if (TGraphicHost* h = TGraphicHost::Find(FParent))
+        h->Remove(this);
+}
 
-void TGraphicControl::paintEvent(QPaintEvent*) {
-    QPainter p(this);
+void TGraphicControl::setParent(QWidget* parent) {
+    if (parent == FParent)
+        return;
+    update();
+    if (TGraphicHost* h = TGraphicHost::Find(FParent))
+        h->Remove(this);
+    FParent = parent;
+    if (FParent) {
+        TGraphicHost* h = TGraphicHost::For(FParent);
+        h->Add(this);
+        if (FTracking)
+            h->TrackForControls();
+    }
+    update();
+}
+
+void TGraphicControl::setGeometry(const QRect& r) {
+    // As a widget would: a negative size is an empty one.
+    const QRect g(r.topLeft(), QSize(std::max(r.width(), 0), std::max(r.height(), 0)));
+    if (g == FGeometry)
+        return;
+    update();
+    FGeometry = g;
+    if (TGraphicHost* h = TGraphicHost::Find(FParent))
+        h->Refile(this);
+    update();
+}
+
+void TGraphicControl::setVisible(bool visible) {
+    if (visible == FVisible)
+        return;
+    if (!visible)
+        update();
+    FVisible = visible;
+    if (visible)
+        update();
+}
+
+bool TGraphicControl::isVisible() const {
+    return FVisible && FParent && FParent->isVisible();
+}
+
+bool TGraphicControl::isVisibleTo(const QWidget* ancestor) const {
+    if (!FVisible || !FParent)
+        return false;
+    return FParent == ancestor || FParent->isVisibleTo(ancestor);
+}
+
+void TGraphicControl::setMouseTracking(bool enable) {
+    FTracking = enable;
+    if (enable && FParent)
+        TGraphicHost::For(FParent)->TrackForControls();
+}
+
+void TGraphicControl::raise() {
+    if (TGraphicHost* h = TGraphicHost::Find(FParent)) {
+        h->Raise(this);
+        update();
+    }
+}
+
+void TGraphicControl::lower() {
+    if (TGraphicHost* h = TGraphicHost::Find(FParent)) {
+        h->Lower(this);
+        update();
+    }
+}
+
+void TGraphicControl::update() {
+    update(rect());
+}
+
+void TGraphicControl::update(const QRect& r) {
+    if (FParent && FVisible && !r.isEmpty())
+        FParent->update(r.translated(FGeometry.topLeft()).intersected(FGeometry));
+}
+
+QPoint TGraphicControl::mapToGlobal(const QPoint& p) const {
+    return FParent ? FParent->mapToGlobal(mapToParent(p)) : mapToParent(p);
+}
+
+QPoint TGraphicControl::mapFromGlobal(const QPoint& p) const {
+    return mapFromParent(FParent ? FParent->mapFromGlobal(p) : p);
+}
+
+void TGraphicControl::PaintWith(QPainter& p) {
+    p.save();
+    p.translate(FGeometry.topLeft());
+    p.setClipRect(rect(), Qt::IntersectClip);
     {
-        TPaintScope scope(this, &p);
+        const TPaintScope scope(this, &p);
         RunInEventBoundary("paint", [this] { Paint(); });
     }
+    p.restore();
     FCanvas.ReleaseHandlePainter();
 }
 
-void TGraphicControl::mousePressEvent(QMouseEvent* e) {
-    Dispatch(this, TMouseHandlers(MouseHandlers), e);
+int TGraphicControl::metric(PaintDeviceMetric m) const {
+    switch (m) {
+    case PdmWidth:
+        return width();
+    case PdmHeight:
+        return height();
+    case PdmWidthMM:
+    case PdmHeightMM:
+        return FParent ? (m == PdmWidthMM
+                              ? width() * FParent->widthMM() / std::max(FParent->width(), 1)
+                              : height() * FParent->heightMM() / std::max(FParent->height(), 1))
+                       : 0;
+    case PdmNumColors:
+        return FParent ? FParent->colorCount() : 0;
+    case PdmDepth:
+        return FParent ? FParent->depth() : 32;
+    case PdmDpiX:
+    case PdmPhysicalDpiX:
+        return FParent ? FParent->logicalDpiX() : 96;
+    case PdmDpiY:
+    case PdmPhysicalDpiY:
+        return FParent ? FParent->logicalDpiY() : 96;
+    case PdmDevicePixelRatio:
+        return FParent ? int(FParent->devicePixelRatio()) : 1;
+    case PdmDevicePixelRatioScaled:
+        return int(devicePixelRatioFScale() * (FParent ? FParent->devicePixelRatio() : 1.0));
+    default:
+        return 0;
+    }
 }
-void TGraphicControl::mouseMoveEvent(QMouseEvent* e) {
-    Dispatch(this, TMouseHandlers(MouseHandlers), e);
+
+TRect BoundsRect(const TGraphicControl* c) {
+    const QRect g = c->geometry();
+    return {g.x(), g.y(), g.x() + g.width(), g.y() + g.height()};
 }
-void TGraphicControl::mouseReleaseEvent(QMouseEvent* e) {
-    Dispatch(this, TMouseHandlers(MouseHandlers), e);
+
+void SetBounds(TGraphicControl* c, int32_t left, int32_t top, int32_t width, int32_t height) {
+    // Kept within the range widgets keep, so that Qt's arithmetic on the rectangle is defined.
+    constexpr int32_t lim = 16777215;
+    c->setGeometry(std::clamp(left, -lim, lim), std::clamp(top, -lim, lim),
+                   std::clamp(width, -lim, lim), std::clamp(height, -lim, lim));
 }
-void TGraphicControl::mouseDoubleClickEvent(QMouseEvent* e) {
-    Dispatch(this, TMouseHandlers(MouseHandlers), e);
+
+TPoint ClientToScreen(const TGraphicControl* c, TPoint p) {
+    const QPoint g = c->mapToGlobal(QPoint(p.X, p.Y));
+    return {g.x(), g.y()};
+}
+
+TPoint ScreenToClient(const TGraphicControl* c, TPoint p) {
+    const QPoint l = c->mapFromGlobal(QPoint(p.X, p.Y));
+    return {l.x(), l.y()};
 }
 
 bool IsWindowedControl(const QObject* object) {
-    return object && object->isWidgetType() &&
-           qobject_cast<const TGraphicControl*>(object) == nullptr;
+    return object && object->isWidgetType();
 }
 
 TRect BoundsRect(const QWidget* w) {
@@ -169,11 +314,14 @@ TPoint ScreenToClient(const QWidget* w, TPoint p) {
     return {c.x(), c.y()};
 }
 
-void SetMouseHandlers(QWidget* w, const TMouseHandlers& handlers) {
-    if (auto* g = qobject_cast<TGraphicControl*>(w)) {
+void SetMouseHandlers(QObject* control, const TMouseHandlers& handlers) {
+    if (auto* g = qobject_cast<TGraphicControl*>(control)) {
         g->MouseHandlers = handlers;
         return;
     }
+    auto* w = qobject_cast<QWidget*>(control);
+    if (!w)
+        return;
     TMouseHook* hook = FindHook(w);
     if (handlers.Empty()) {
         if (hook) {
@@ -189,9 +337,12 @@ void SetMouseHandlers(QWidget* w, const TMouseHandlers& handlers) {
     hook->Handlers = handlers;
 }
 
-TMouseHandlers GetMouseHandlers(QWidget* w) {
-    if (auto* g = qobject_cast<TGraphicControl*>(w))
+TMouseHandlers GetMouseHandlers(QObject* control) {
+    if (auto* g = qobject_cast<TGraphicControl*>(control))
         return g->MouseHandlers;
+    auto* w = qobject_cast<QWidget*>(control);
+    if (!w)
+        return {};
     if (TMouseHook* hook = FindHook(w))
         return hook->Handlers;
     return {};

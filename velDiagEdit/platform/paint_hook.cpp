@@ -3,6 +3,7 @@
 #include "velDiagEdit/platform/canvas.h"
 #include "velDiagEdit/platform/controls.h"
 #include "velDiagEdit/platform/event_boundary.h"
+#include "velDiagEdit/platform/graphic_host.h"
 
 #include <QAbstractScrollArea>
 #include <QCoreApplication>
@@ -18,44 +19,6 @@ namespace vde {
 
 namespace {
 
-const char* const kHookName = "vde_paint_hook";
-
-class TPaintHook : public QObject {
-public:
-    explicit TPaintHook(QWidget* w) : QObject(w) {
-        setObjectName(QLatin1String(kHookName));
-        w->installEventFilter(this);
-    }
-    std::function<void()> Handler;
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* ev) override {
-        if (ev->type() != QEvent::Paint || watched != parent() || FBusy || !Handler)
-            return false;
-        auto* w = static_cast<QWidget*>(watched);
-        FBusy = true;
-        // The widget paints itself first, with this filter standing aside.
-        QCoreApplication::sendEvent(w, ev);
-        FBusy = false;
-        {
-            QPainter p(w);
-            const QRect pr = static_cast<QPaintEvent*>(ev)->rect();
-            const TRect rect{pr.left(), pr.top(), pr.left() + pr.width(), pr.top() + pr.height()};
-            TPaintScope scope(w, &p, &rect);
-            const auto h = Handler;
-            RunInEventBoundary("paint", h);
-        }
-        return true;
-    }
-
-private:
-    bool FBusy = false;
-};
-
-TPaintHook* FindHook(const QWidget* w) {
-    return w->findChild<TPaintHook*>(QLatin1String(kHookName), Qt::FindDirectChildrenOnly);
-}
-
 bool Override(const QWidget* w, const char* name, bool& answer) {
     const QVariant v = w->property(name);
     if (!v.isValid())
@@ -67,25 +30,19 @@ bool Override(const QWidget* w, const char* name, bool& answer) {
 } // namespace
 
 void SetPaintHandler(QWidget* w, std::function<void()> handler) {
-    TPaintHook* hook = FindHook(w);
     if (!handler) {
-        if (hook) {
-            w->removeEventFilter(hook);
-            hook->setObjectName(QString());
-            hook->Handler = {};
-            hook->deleteLater();
-        }
-        w->update();
+        if (TGraphicHost* host = TGraphicHost::Find(w))
+            host->SetPaintHandler({});
+        else
+            w->update();
         return;
     }
-    if (!hook)
-        hook = new TPaintHook(w);
-    hook->Handler = std::move(handler);
-    w->update();
+    TGraphicHost::For(w)->SetPaintHandler(std::move(handler));
 }
 
 bool HasPaintHandler(const QWidget* w) {
-    return FindHook(w) != nullptr;
+    const TGraphicHost* host = TGraphicHost::Find(w);
+    return host && host->HasPaintHandler();
 }
 
 bool PublishesOnPaint(const QWidget* w) {

@@ -1,0 +1,86 @@
+#pragma once
+// One host per parent widget paints the widget's graphic controls and hands them their mouse
+// events. A paint of the widget runs in one pass: the widget paints itself, then its paint
+// handler (SetPaintHandler: the wires), then the visible graphic controls that meet the painted
+// rectangle, in z-order. A press goes to the topmost visible graphic control under the point,
+// which then gets every move and the release (capture); anything else goes on to the widget's
+// own handling. A uniform grid of the controls' bounds answers "what meets this rectangle" and
+// "what is under this point" from the cells concerned, so painting and hit tests cost what
+// lies there, not what the diagram holds.
+
+#include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/velDiagEdit_export.h"
+
+#include <QHash>
+#include <QObject>
+#include <QPointer>
+#include <functional>
+#include <vector>
+
+class QMouseEvent;
+class QPaintEvent;
+
+namespace vde {
+
+class VELDIAGEDIT_EXPORT TGraphicHost : public QObject {
+    Q_OBJECT
+public:
+    // The host of `w`, made on first use; Find gives none when there is none.
+    static TGraphicHost* For(QWidget* w);
+    static TGraphicHost* Find(const QWidget* w);
+    ~TGraphicHost() override;
+
+    void SetPaintHandler(std::function<void()> handler);
+    bool HasPaintHandler() const { return bool(FPaintHandler); }
+
+    // The topmost visible graphic control whose rectangle holds p (parent coordinates).
+    TGraphicControl* ControlAt(const QPoint& p) const;
+    // The visible graphic controls meeting r, bottom first.
+    std::vector<TGraphicControl*> ControlsIn(const QRect& r) const;
+    int Count() const { return FCount; }
+    // Every graphic control of the widget, shown or hidden, bottom first.
+    std::vector<TGraphicControl*> Controls() const;
+    // The same for any widget; none for a widget that never had one.
+    static std::vector<TGraphicControl*> ControlsOf(const QWidget* w);
+
+    // Hands a mouse event of the widget to the control it concerns; false when it concerns
+    // none (the widget's own handling then takes it).
+    bool DispatchMouse(QMouseEvent* e);
+
+    // Side of a grid cell, in pixels.
+    static constexpr int kCell = 128;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    friend class TGraphicControl;
+    explicit TGraphicHost(QWidget* w);
+    void Add(TGraphicControl* c);
+    void Remove(TGraphicControl* c);
+    void Refile(TGraphicControl* c);
+    void Unfile(TGraphicControl* c);
+    void Raise(TGraphicControl* c);
+    void Lower(TGraphicControl* c);
+    void Paint(QPaintEvent* e);
+    // Makes the widget track the mouse for its controls, remembering whether it did so itself.
+    void TrackForControls();
+    template <class F> void ForEachIn(const QRect& r, F f) const;
+
+    QWidget* FWidget;
+    std::function<void()> FPaintHandler;
+    QHash<quint64, std::vector<TGraphicControl*>> FGrid;
+    // Controls spanning too many cells to file: looked at on every query.
+    std::vector<TGraphicControl*> FLarge;
+    int FCount = 0;
+    int64_t FTopZ = 0;
+    int64_t FBottomZ = 0;
+    mutable uint64_t FQuery = 0;
+    QPointer<TGraphicControl> FCapture;
+    bool FCapturing = false;
+    bool FPainting = false;
+    bool FTrackingForControls = false;
+    bool FWidgetTracks = false;
+};
+
+} // namespace vde
