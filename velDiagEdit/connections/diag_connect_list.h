@@ -7,6 +7,7 @@
 #include "velDiagEdit/platform/canvas.h"
 #include "velDiagEdit/velDiagEdit_export.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -49,6 +50,16 @@ public:
     void Paint();
     void Refresh();
 
+    // Tells the index that a connection's path, pen or end blocks were written directly.
+    void PathChanged(TDiagConnection* Con);
+    // The same for every connection.
+    void Reindex();
+    // The connections whose path, grown by Margin pixels, may meet R (a superset of those that
+    // do), in list order.
+    std::vector<TDiagConnection*> ConnectionsNear(const TRect& R, int Margin) const;
+    // The connections that start or end at the block, in list order.
+    std::vector<TDiagConnection*> ConnectionsAt(const QObject* Block) const;
+
     void UpdatePath(QObject* diag);
     void ShiftByDelta(QObject* diag, TPoint Delta);
     void UpdateBeforeDelete(QObject* diag);
@@ -83,6 +94,15 @@ public:
 
 private:
     friend class TDiagConnection;
+    struct TIndex;
+    void MarkDirty(TDiagConnection* Con);
+    // Files the connections marked since the last query; positions after a removal.
+    void Flush() const;
+    void Unfile(TDiagConnection* Con) const;
+    void Drop(TDiagConnection* Con);
+    // Every connection filed where the inclusive box L..R, T..B may reach, in list order.
+    std::vector<TDiagConnection*> NearBox(int64_t L, int64_t T, int64_t R, int64_t B) const;
+    void File(TDiagConnection* Con) const;
     // A new connection's constructor hands itself over; its destructor takes itself out.
     void Adopt(TDiagConnection* Con);
     void Forget(TDiagConnection* Con);
@@ -93,6 +113,7 @@ private:
     // (a zero Hi with a non-zero Lo fails as a bad list index).
     TDiagConnection* Addressed(LongRec LR) const;
     std::vector<std::unique_ptr<TDiagConnection>> FItems;
+    std::unique_ptr<TIndex> FIndex;
 };
 
 } // namespace vde

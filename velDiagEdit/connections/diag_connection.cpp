@@ -14,6 +14,19 @@ namespace vde {
 
 static_assert(sizeof(TPoint) == 8 && std::is_standard_layout_v<TPoint>);
 
+// Marks the wire for the list's index on entry and again on exit, so that a question asked in
+// the middle of a change cannot leave the index with the half-changed path.
+class TTouchGuard {
+public:
+    explicit TTouchGuard(TDiagConnection* c) : FCon(c) { c->Touch(); }
+    ~TTouchGuard() { FCon->Touch(); }
+    TTouchGuard(const TTouchGuard&) = delete;
+    TTouchGuard& operator=(const TTouchGuard&) = delete;
+
+private:
+    TDiagConnection* FCon;
+};
+
 TDiagConnection::TDiagConnection(TDiagConnectList* AOwner) : FOwner(nullptr) {
     if (AOwner)
         AOwner->Adopt(this);
@@ -26,14 +39,17 @@ TDiagConnection::~TDiagConnection() {
 }
 
 void TDiagConnection::AppendPoint(TPoint P) {
+    const TTouchGuard touch(this);
     if (FPoints.size() >= size_t(kMaxPathPoints))
-        throw EListError(QStringLiteral("A connection holds at most %1 points").arg(kMaxPathPoints));
+        throw EListError(
+            QStringLiteral("A connection holds at most %1 points").arg(kMaxPathPoints));
     FPoints.push_back(P);
 }
 
 // --- routing
 
 void TDiagConnection::MakePath() {
+    const TTouchGuard touch(this);
     if (FIsEditable) {
         AdjustPath(true);
         return;
@@ -82,6 +98,7 @@ void TDiagConnection::MakePath() {
 }
 
 int TDiagConnection::AddSegment(int Size, int Angle) {
+    const TTouchGuard touch(this);
     TPoint P;
     if (FPoints.empty() && FSource && FSource->GetConPoint(FSrcConIdx, P, false)) {
         P.X = WrapSub(P.X, Sign(FSrcConIdx));
@@ -132,6 +149,7 @@ int TDiagConnection::GetLastDirection() const {
 }
 
 void TDiagConnection::AdjustPath(bool /*Flag*/) {
+    const TTouchGuard touch(this);
     if (FPoints.size() < 2)
         return;
     const int n = int(FPoints.size());
@@ -148,6 +166,7 @@ void TDiagConnection::AdjustPath(bool /*Flag*/) {
 }
 
 void TDiagConnection::ReversePoints() {
+    const TTouchGuard touch(this);
     const TPoints copy = FPoints;
     std::reverse_copy(copy.begin(), copy.end(), FPoints.begin());
 }
@@ -235,12 +254,14 @@ void TDiagConnection::SetSelectedIndex(int Value) {
 }
 
 void TDiagConnection::SetSrcObject(TDiagObject* Value) {
+    const TTouchGuard touch(this);
     FSource = Value;
     if (!Value)
         FSrcConIdx = 0;
 }
 
 void TDiagConnection::SetDstObject(TDiagObject* Value) {
+    const TTouchGuard touch(this);
     FDest = Value;
     if (!Value)
         FDstConIdx = 0;
@@ -266,6 +287,7 @@ int TDiagConnection::LookForBestSegment(LongRec& LR, bool DoCalc) {
 }
 
 void TDiagConnection::EndConnection(TDiagObject* DiagObj, bool UseLastPoint) {
+    const TTouchGuard touch(this);
     if (FPoints.size() < 2)
         return;
     TPoint P{};
@@ -300,6 +322,7 @@ void TDiagConnection::EndConnection(TDiagObject* DiagObj, bool UseLastPoint) {
 }
 
 void TDiagConnection::EndConnectionWithSegment(LongRec LR) {
+    const TTouchGuard touch(this);
     if (FPoints.size() < 2 || !FDstCrossInfo.IsZero())
         return;
     const int d = GetLastDirection();
@@ -314,6 +337,7 @@ void TDiagConnection::EndConnectionWithSegment(LongRec LR) {
 }
 
 void TDiagConnection::AlignSegmentByDiagObject(int Index, TDiagObject* DiagObj) {
+    const TTouchGuard touch(this);
     const int high = int(FPoints.size()) - 1;
     if (Index < 0 || Index >= high)
         return;
@@ -339,6 +363,7 @@ void TDiagConnection::AlignSegmentByDiagObject(int Index, TDiagObject* DiagObj) 
 }
 
 void TDiagConnection::EditSegment(int Index, int& Size, int& Angle, bool DoRead) {
+    const TTouchGuard touch(this);
     const int high = int(FPoints.size()) - 1;
     if (Index < 0 || Index >= high)
         return;
@@ -363,6 +388,7 @@ void TDiagConnection::EditSegment(int Index, int& Size, int& Angle, bool DoRead)
 }
 
 int TDiagConnection::DeleteSegment(int Index) {
+    const TTouchGuard touch(this);
     const int high = int(FPoints.size()) - 1;
     if (Index < 0 || Index >= high)
         return -1;
@@ -387,6 +413,7 @@ int TDiagConnection::DeleteSegment(int Index) {
 }
 
 void TDiagConnection::ShiftByDelta(QObject* diag, TPoint Delta) {
+    const TTouchGuard touch(this);
     const int h = int(FPoints.size()) - 1;
     if (h < 1)
         return;
@@ -405,6 +432,7 @@ void TDiagConnection::ShiftByDelta(QObject* diag, TPoint Delta) {
 }
 
 void TDiagConnection::OnDeleteDiagObject(QObject* diag) {
+    const TTouchGuard touch(this);
     if (!diag)
         return;
     if (diag == FSource.data()) {
@@ -452,6 +480,7 @@ TDiagConnection* TDiagConnection::LoadFromStream(TStream& Stream, TDiagConnectLi
             c->FPoints.resize(size_t(n));
             for (TPoint& pt : c->FPoints)
                 pt = points.Point();
+            c->Touch();
         }
         TRecordReader tail(Stream, kConnectionTailSize);
         c->FSrcConIdx = tail.Int();
@@ -480,6 +509,7 @@ TDiagObjConnection::TDiagObjConnection(TDiagConnectList* AOwner, TDiagObject* So
     FIsEditable = Dest == nullptr;
     if (!FIsEditable)
         MakePath();
+    Touch();
 }
 
 TDiagObjConnection::TDiagObjConnection(TDiagConnectList* AOwner, TDiagObject* Source, int SrcConIdx,
@@ -490,6 +520,7 @@ TDiagObjConnection::TDiagObjConnection(TDiagConnectList* AOwner, TDiagObject* So
     FSrcConIdx = SrcConIdx;
     FIsEditable = true;
     AddSegment(Size, 0);
+    Touch();
 }
 
 TDiagLineConnection::TDiagLineConnection(TDiagConnectList* AOwner, TDiagObject*, int,

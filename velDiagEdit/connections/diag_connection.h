@@ -76,7 +76,10 @@ public:
     // its offset; on any error the new connection is taken out of AOwner again and freed.
     static TDiagConnection* LoadFromStream(TStream& Stream, TDiagConnectList* AOwner);
 
-    // The list, the editor and the tests reach the fields directly.
+    // The list, the editor and the tests reach the fields directly. The list keeps an index of
+    // where each wire lies and which blocks it ends on, refreshed by every operation of the list
+    // and of the connection; code that writes FPoints, FPenWidth, FSource or FDest itself
+    // calls TDiagConnectList::PathChanged(this) before the list is asked again.
     TDiagConnectList* FOwner;
     TPoints FPoints;
     int32_t FPenWidth = 2;
@@ -101,9 +104,27 @@ public:
     TPoint P1;
     TPoint P2;
 
+protected:
+    // Tells the list that the path or the end blocks may have changed.
+    void Touch();
+
 private:
+    friend class TDiagConnectList;
+    friend class TTouchGuard;
     // Appends a point to the path; an EListError past kMaxPathPoints.
     void AppendPoint(TPoint P);
+
+    // Where the list's index has this wire filed (grid cells, end blocks, place in the list).
+    struct TIndexEntry {
+        int32_t CellL = 0, CellT = 0, CellR = -1, CellB = -1;
+        bool Large = false;
+        bool Filed = false;
+        bool Dirty = false;
+        const QObject* Src = nullptr;
+        const QObject* Dst = nullptr;
+        int32_t Pos = -1;
+        uint64_t Seen = 0;
+    } FIndex;
 };
 
 // A connection that starts at a block marker.

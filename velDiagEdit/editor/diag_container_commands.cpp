@@ -351,8 +351,10 @@ void TDiagContainer::ShiftByDelta() {
             obj->SetBounds(bounds.Left, bounds.Top, bounds.Width(), bounds.Height());
         }
         if (ConList)
-            for (int i = 0; i < ConList->Count() && size_t(i) < paths.size(); ++i)
+            for (int i = 0; i < ConList->Count() && size_t(i) < paths.size(); ++i) {
                 ConList->Items(i)->FPoints = paths[size_t(i)];
+                ConList->PathChanged(ConList->Items(i));
+            }
         obj->update();
         InvalidateParent(FParent);
         throw;
