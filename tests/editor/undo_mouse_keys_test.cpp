@@ -109,6 +109,9 @@ TEST_F(UndoSurface, AResizeDragIsOneStepNamedResize) {
     EXPECT_TRUE(SameBytes(Stream(), before));
     stack->redo();
     EXPECT_TRUE(SameBytes(Stream(), after));
+    // Bounds alone give a resized gate's record back: its markers follow its size.
+    EXPECT_EQ(Block(0), a);
+    EXPECT_EQ(dc->FullRestoreCount(), 0);
 }
 
 TEST_F(UndoSurface, TheWiresOfADraggedBlockComeBackRoutedAsBefore) {
@@ -131,6 +134,68 @@ TEST_F(UndoSurface, AClickThatOnlySelectsLeavesNoStep) {
     vde::test::MouseClick(a, Qt::LeftButton, Qt::NoModifier, QPoint(30, 50));
     EXPECT_TRUE(a->FSelected);
     EXPECT_EQ(stack->count(), 0);
+}
+
+TEST_F(UndoSurface, ADragsStepHoldsTheBlockAndItsWiresNotTheWholeDiagram) {
+    // 300 more blocks: the stream grows by their records, the step by nothing.
+    for (int i = 0; i < 300; ++i)
+        Place(doAndLogic, 400 + 70 * (i % 20), 300 + 110 * (i / 20));
+    const auto before = Stream();
+    Drag(a, QPoint(20, 10), 30, 17, 2);
+    const auto after = Stream();
+    ASSERT_EQ(stack->count(), 1);
+    // Two AND gate records and two records of its one wire, a few hundred bytes at most.
+    EXPECT_LT(stack->MemoryUsed(), 1000);
+    EXPECT_GT(int64_t(before.size()), 300 * 60);
+    stack->undo();
+    EXPECT_TRUE(SameBytes(Stream(), before));
+    stack->redo();
+    EXPECT_TRUE(SameBytes(Stream(), after));
+    // The block and the wire are the same objects, moved back and forth.
+    EXPECT_EQ(Block(0), a);
+    EXPECT_EQ(dc->FullRestoreCount(), 0);
+}
+
+TEST_F(UndoSurface, ASelectionMadeAfterADragComesBackWithItsRedo) {
+    Drag(a, QPoint(20, 10), 30, 17, 2);
+    const auto afterDrag = Stream();
+    SelectSegment(LR(1, 1));
+    Select(b);
+    const auto selected = Stream();
+    ASSERT_FALSE(SameBytes(selected, afterDrag));
+    ASSERT_EQ(stack->count(), 1);
+    stack->undo();
+    stack->redo();
+    EXPECT_TRUE(SameBytes(Stream(), selected));
+}
+
+TEST_F(UndoSurface, DragStepsSurviveTheOldestStepsBeingDroppedForMemory) {
+    std::vector<std::vector<uint8_t>> states{Stream()};
+    for (int i = 0; i < 4; ++i) {
+        Drag(i % 2 ? b : a, QPoint(20, 10), 10 + i, 5, 1);
+        states.push_back(Stream());
+    }
+    ASSERT_EQ(stack->count(), 4);
+    // Room for about two of them: the oldest go, the rest still undo exactly.
+    stack->SetMemoryLimit(stack->MemoryUsed() / 2);
+    ASSERT_LT(stack->count(), 4);
+    ASSERT_GT(stack->count(), 0);
+    const int kept = stack->count();
+    for (int i = 0; i < kept; ++i) {
+        stack->undo();
+        EXPECT_TRUE(SameBytes(Stream(), states[size_t(4 - i - 1)])) << i;
+    }
+    for (int i = 0; i < kept; ++i)
+        stack->redo();
+    EXPECT_TRUE(SameBytes(Stream(), states[4]));
+}
+
+TEST_F(UndoSurface, ADragUndoneAfterTheHostRemovedItsBlockBehindTheStackChangesNothing) {
+    Drag(b, QPoint(20, 10), 30, 17, 2);
+    delete a; // not through the stack: the step's block is no longer where it was
+    const auto now = Stream();
+    stack->undo();
+    EXPECT_TRUE(SameBytes(Stream(), now));
 }
 
 // ---- undo and redo keys -----------------------------------------------------------------------

@@ -36,6 +36,7 @@ struct TDiagLabel {
     TPoint Start; // top-left of the text, block coordinates
     TDiagObjectString Text;
     uint8_t Height = 0; // 0: the block's TextHeight
+    friend bool operator==(const TDiagLabel&, const TDiagLabel&) = default;
 };
 
 struct TSegment {

@@ -31,6 +31,8 @@
 #include <QString>
 #include <QWidget>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace vde {
 
@@ -194,9 +196,25 @@ private:
     void InitUndo();
     void RestoreLooseEnds(TMemoryStream& Bytes);
     bool RestoreChangedBlocks(TMemoryStream& S);
-    // A block drag is one step from the press to the release.
-    void BeginDragStep();
+    // A block drag is one step from the press to the release; it records the block's record,
+    // those of its wires and the selection, before and after, not the whole diagram.
+    friend class TDragStep;
+    struct TDragState {
+        int Block = -1;
+        QByteArray Record;
+        std::vector<std::pair<int, QByteArray>> Wires; // list index, record
+        QByteArray Info;
+        // Every wire with a selected segment (list index, segment): a click changes them without
+        // a step of its own, anywhere in the diagram.
+        std::vector<std::pair<int, int32_t>> Selected;
+        bool operator==(const TDragState&) const = default;
+    };
+    void BeginDragStep(TDiagObject* Block);
     void EndDragStep();
+    bool FitsDragState(int Block, const std::vector<int>& Wires) const;
+    TDragState ReadDragState(int Block, const std::vector<int>& Wires);
+    void ApplyDragState(const TDragState& S);
+    QByteArray InfoBytes();
     // The selected block: SelObj while it is selected and in the list.
     TDiagObject* SelectedBlock() const;
     void MoveSelectedBlockBy(int DX, int DY);
@@ -205,7 +223,7 @@ private:
     void UpdateSurfaceFocus();
     std::unique_ptr<TDiagUndoStack> FUndoStack;
     std::unique_ptr<QObject> FKeyFilter;
-    QByteArray FDragBefore;
+    std::unique_ptr<TDragState> FDragBefore;
     QString FDragText;
     Qt::FocusPolicy FSavedFocusPolicy = Qt::NoFocus;
     bool FFocusPolicySaved = false;

@@ -68,7 +68,7 @@ void TDiagContainer::DiagMouseDown(QObject* Sender, TMouseButton /*Button*/, TSh
     const int distance = CornerDistance(block, true);
     FResizeMode = distance < kResizeZone ? kDragResize : kDragMove;
     block->FResizeMode = FResizeMode;
-    BeginDragStep();
+    BeginDragStep(block);
     // The wires are left out while the block is dragged; take them off the screen now.
     if (FParent)
         FParent->update();

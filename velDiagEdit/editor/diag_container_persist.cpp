@@ -17,8 +17,8 @@
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/errors.h"
 #include "velDiagEdit/platform/host_program.h"
-#include "velDiagEdit/platform/record_codec.h"
 #include "velDiagEdit/platform/ini_file.h"
+#include "velDiagEdit/platform/record_codec.h"
 
 #include <QSaveFile>
 #include <QWidget>

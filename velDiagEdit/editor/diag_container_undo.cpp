@@ -13,8 +13,14 @@
 
 #include <QEvent>
 #include <QKeyEvent>
+#include <QLoggingCategory>
+#include <QtEndian>
+#include <algorithm>
 #include <cstring>
 #include <unordered_map>
+
+// The undo stack's category: what goes wrong while recording or replaying a step.
+Q_LOGGING_CATEGORY(lcDragUndo, "veldiagedit.undo")
 
 namespace vde {
 
@@ -82,7 +88,7 @@ void TDiagContainer::RestoreSnapshot(const QByteArray& Bytes) {
         FResizeMode = kDragNone;
         InputState().SetScreenCursor(crDefault);
     }
-    FDragBefore = QByteArray();
+    FDragBefore.reset();
     TMemoryStream s(std::vector<uint8_t>(Bytes.begin(), Bytes.end()));
     if (ObjList && ConList && RestoreChangedBlocks(s) && SaveSnapshot() == Bytes)
         return;
@@ -254,16 +260,203 @@ void TDiagContainer::RestoreLooseEnds(TMemoryStream& Bytes) {
     }
 }
 
-void TDiagContainer::BeginDragStep() {
-    FDragBefore = FUndoStack->Snapshot();
+namespace {
+
+QByteArray WireRecord(const TDiagConnection* Con) {
+    TMemoryStream t;
+    Con->SaveToStream(t);
+    const auto& b = t.Bytes();
+    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
+}
+
+TMemoryStream StreamOf(const QByteArray& Bytes) {
+    return TMemoryStream(std::vector<uint8_t>(Bytes.begin(), Bytes.end()));
+}
+
+} // namespace
+
+// A drag's step: the dragged block's record, its wires' records and the selection, before and
+// after. Undo and redo give back the same bytes a whole-stream step would.
+class TDragStep : public TDiagDeltaStep {
+public:
+    TDragStep(TDiagUndoStack* Stack, const QString& Text, TDiagContainer* Container,
+              TDiagContainer::TDragState Before, TDiagContainer::TDragState After)
+        : TDiagDeltaStep(Stack, Text), FContainer(Container), FBeforeState(std::move(Before)),
+          FAfterState(std::move(After)) {}
+
+    void Apply(bool After) override {
+        FContainer->ApplyDragState(After ? FAfterState : FBeforeState);
+    }
+    void TakeAfter() override {
+        std::vector<int> wires;
+        for (const auto& w : FAfterState.Wires)
+            wires.push_back(w.first);
+        if (FContainer->FitsDragState(FAfterState.Block, wires))
+            FAfterState = FContainer->ReadDragState(FAfterState.Block, wires);
+    }
+    int64_t Size() const override { return Bytes(FBeforeState) + Bytes(FAfterState); }
+    TDiagDeltaStep* Clone() const override {
+        return new TDragStep(FStack, text(), FContainer, FBeforeState, FAfterState);
+    }
+
+private:
+    static int64_t Bytes(const TDiagContainer::TDragState& S) {
+        int64_t n = S.Record.size() + S.Info.size();
+        for (const auto& w : S.Wires)
+            n += w.second.size();
+        return n + int64_t(S.Selected.size() * sizeof(S.Selected[0]));
+    }
+    TDiagContainer* FContainer;
+    TDiagContainer::TDragState FBeforeState;
+    TDiagContainer::TDragState FAfterState;
+};
+
+QByteArray TDiagContainer::InfoBytes() {
+    TMemoryStream t;
+    SaveInfoToStream(t);
+    const auto& b = t.Bytes();
+    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
+}
+
+bool TDiagContainer::FitsDragState(int Block, const std::vector<int>& Wires) const {
+    if (!ObjList || !ConList || Block < 0 || Block >= ObjList->Count())
+        return false;
+    return std::all_of(Wires.begin(), Wires.end(),
+                       [this](int w) { return w >= 0 && w < ConList->Count(); });
+}
+
+TDiagContainer::TDragState TDiagContainer::ReadDragState(int Block, const std::vector<int>& Wires) {
+    TDragState s;
+    s.Block = Block;
+    s.Record = BlockRecord(ObjList->Items(Block));
+    for (int w : Wires)
+        s.Wires.emplace_back(w, WireRecord(ConList->Items(w)));
+    s.Info = InfoBytes();
+    for (int i = 0; i < ConList->Count(); ++i)
+        if (const int32_t seg = ConList->Items(i)->FSelectedIndex; seg != -1)
+            s.Selected.emplace_back(i, seg);
+    return s;
+}
+
+void TDiagContainer::ApplyDragState(const TDragState& S) {
+    if (!ObjList || !ConList)
+        return;
+    // The stack replays its steps in order, so the diagram is as the step left it; a host that
+    // changed it behind the stack's back gets a warning and no change rather than a wrong one.
+    std::vector<int> indexes;
+    for (const auto& w : S.Wires)
+        indexes.push_back(w.first);
+    bool fits = FitsDragState(S.Block, indexes);
+    TDiagObjectList scratch(ObjList->GetParent());
+    scratch.SetParentCanvas(ObjList->GetParentCanvas());
+    TDiagObject* stored = nullptr;
+    if (fits) {
+        TMemoryStream rs = StreamOf(S.Record);
+        stored = TDiagObject::LoadFromStream(rs, &scratch);
+        fits = stored->GetObjKey() == ObjList->Items(S.Block)->GetObjKey();
+    }
+    if (!fits) {
+        qCWarning(lcDragUndo) << "The diagram was changed outside its undo stack; step skipped";
+        return;
+    }
+    TDiagObject* b = ObjList->Items(S.Block);
+    // Its bounds event reroutes its wires; their stored paths are put back just after.
+    b->SetBounds(stored->x(), stored->y(), stored->width(), stored->height());
+    // A resize scales the markers and moves the labels with rounding that scaling back does not
+    // undo: they come from the record.
+    if (b->FLabels != stored->FLabels || b->FInputs != stored->FInputs ||
+        b->FOutputs != stored->FOutputs) {
+        b->FLabels = stored->FLabels;
+        b->FInputs = stored->FInputs;
+        b->FOutputs = stored->FOutputs;
+        b->update();
+    }
+    delete stored;
+    if (InfoBytes() != S.Info) {
+        // As a load leaves it: nothing selected but what the stored selection names.
+        ObjList->DeselectAll(nullptr);
+        ConList->DeselectAll(nullptr);
+        TMemoryStream is = StreamOf(S.Info);
+        LoadInfoFromStream(is);
+    }
+    TDiagConnectList wires(static_cast<TCanvas*>(nullptr));
+    for (const auto& [i, rec] : S.Wires) {
+        TMemoryStream ws = StreamOf(rec);
+        const TDiagConnection* w = TDiagConnection::LoadFromStream(ws, &wires);
+        TDiagConnection* c = ConList->Items(i);
+        c->FSrcKey = w->FSrcKey;
+        c->FDstKey = w->FDstKey;
+        c->FSrcCrossInfo = w->FSrcCrossInfo;
+        c->FDstCrossInfo = w->FDstCrossInfo;
+        c->FPoints = w->FPoints;
+        c->FSrcConIdx = w->FSrcConIdx;
+        c->FDstConIdx = w->FDstConIdx;
+        c->FSelectedIndex = w->FSelectedIndex;
+        ConList->PathChanged(c);
+    }
+    // The selected segments last: restoring the selection above clears them all.
+    for (int i = 0; i < ConList->Count(); ++i)
+        ConList->Items(i)->FSelectedIndex = -1;
+    for (const auto& [i, seg] : S.Selected)
+        if (i < ConList->Count())
+            ConList->Items(i)->FSelectedIndex = seg;
+    if (BlockRecord(b) != S.Record) {
+        // The record differs in more than bounds, labels and markers: the whole diagram with the
+        // stored record in its place, which the restore makes exact.
+        TMemoryStream out;
+        const uint32_t signature = qToLittleEndian(kContainerSignature);
+        out.WriteBuffer(&signature, 4);
+        out.WriteInt32(ObjList->Count());
+        for (int k = 0; k < ObjList->Count(); ++k) {
+            const QByteArray r = k == S.Block ? S.Record : BlockRecord(ObjList->Items(k));
+            out.WriteBuffer(r.constData(), r.size());
+        }
+        ConList->SaveToStream(out);
+        CntList->SaveToStream(out);
+        out.WriteBuffer(S.Info.constData(), S.Info.size());
+        const auto& bytes = out.Bytes();
+        RestoreSnapshot(
+            QByteArray(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size())));
+        return;
+    }
+    if (FParent)
+        FParent->update();
+}
+
+void TDiagContainer::BeginDragStep(TDiagObject* Block) {
+    FDragBefore.reset();
     FDragText = FResizeMode == kDragResize ? QStringLiteral("Resize") : QStringLiteral("Move");
+    const int i = ObjList ? ObjList->IndexOf(Block) : -1;
+    if (i < 0 || !ConList)
+        return;
+    std::vector<int> wires;
+    for (TDiagConnection* c : ConList->ConnectionsAt(Block))
+        wires.push_back(ConList->IndexOf(c));
+    try {
+        FDragBefore = std::make_unique<TDragState>(ReadDragState(i, wires));
+    } catch (const std::exception& e) {
+        qCWarning(lcDragUndo) << "No undo step for the drag:" << e.what();
+    }
 }
 
 void TDiagContainer::EndDragStep() {
-    if (FDragBefore.isEmpty())
+    if (!FDragBefore)
         return;
-    const QByteArray before = std::exchange(FDragBefore, QByteArray());
-    FUndoStack->PushStep(FDragText, before);
+    const std::unique_ptr<TDragState> before = std::move(FDragBefore);
+    std::vector<int> wires;
+    for (const auto& w : before->Wires)
+        wires.push_back(w.first);
+    if (!FitsDragState(before->Block, wires))
+        return;
+    try {
+        TDragState after = ReadDragState(before->Block, wires);
+        if (after == *before)
+            return;
+        FUndoStack->PushDelta(
+            new TDragStep(FUndoStack.get(), FDragText, this, *before, std::move(after)));
+    } catch (const std::exception& e) {
+        qCWarning(lcDragUndo) << "No undo step for the drag:" << e.what();
+    }
 }
 
 TDiagObject* TDiagContainer::SelectedBlock() const {

@@ -57,6 +57,47 @@ bool TDiagUndoStep::mergeWith(const QUndoCommand* Other) {
     return true;
 }
 
+// ---- a step that carries its own change --------------------------------------------------------
+
+TDiagDeltaStep::TDiagDeltaStep(TDiagUndoStack* Stack, const QString& Text)
+    : TDiagUndoStep(Stack, Text, QByteArray(), QByteArray()) {}
+
+void TDiagDeltaStep::undo() {
+    if (!FStack || FStack->FRebuilding)
+        return;
+    if (FStack->index() == FStack->count())
+        TakeAfter();
+    FStack->FRestoring = true;
+    try {
+        Apply(false);
+    } catch (...) {
+        FStack->FRestoring = false;
+        throw;
+    }
+    FStack->FRestoring = false;
+}
+
+void TDiagDeltaStep::redo() {
+    if (!FStack || FStack->FRebuilding)
+        return;
+    if (!FPushed) {
+        FPushed = true;
+        return;
+    }
+    FStack->FRestoring = true;
+    try {
+        Apply(true);
+    } catch (...) {
+        FStack->FRestoring = false;
+        throw;
+    }
+    FStack->FRestoring = false;
+}
+
+bool TDiagDeltaStep::mergeWith(const QUndoCommand*) {
+    return false;
+}
+
 // ---- the stack ---------------------------------------------------------------------------------
 
 TDiagUndoStack::TDiagUndoStack(TSaveFunc Save, TRestoreFunc Restore, QObject* Parent)
@@ -99,6 +140,11 @@ bool TDiagUndoStack::PushStep(const QString& Text, const QByteArray& Before, int
     push(new TDiagUndoStep(this, Text, std::move(before), std::move(after), MergeId, MergeKey));
     TrimToLimit();
     return true;
+}
+
+void TDiagUndoStack::PushDelta(TDiagDeltaStep* Step) {
+    push(Step);
+    TrimToLimit();
 }
 
 void TDiagUndoStack::BeginStep(const QString& Text) {
@@ -145,11 +191,14 @@ int64_t TDiagUndoStack::MemoryUsed() const {
         seen.insert(b.constData());
         total += b.size();
     };
-    for (int i = 0; i < count(); ++i)
-        if (const auto* s = dynamic_cast<const TDiagUndoStep*>(command(i))) {
+    for (int i = 0; i < count(); ++i) {
+        if (const auto* d = dynamic_cast<const TDiagDeltaStep*>(command(i)))
+            total += d->Size();
+        else if (const auto* s = dynamic_cast<const TDiagUndoStep*>(command(i))) {
             add(s->FBefore);
             add(s->FAfter);
         }
+    }
     return total;
 }
 
@@ -171,7 +220,9 @@ void TDiagUndoStack::TrimToLimit() {
     while (drop < last && used > FMemoryLimit) {
         const auto* s = dynamic_cast<const TDiagUndoStep*>(command(drop));
         const auto* next = dynamic_cast<const TDiagUndoStep*>(command(drop + 1));
-        if (s) {
+        if (const auto* d = dynamic_cast<const TDiagDeltaStep*>(s))
+            used -= d->Size();
+        else if (s) {
             used -= s->FBefore.size();
             if (!next || s->FAfter.constData() != next->FBefore.constData())
                 used -= s->FAfter.size();
@@ -188,21 +239,26 @@ void TDiagUndoStack::DropOldest(int First) {
         QByteArray Before, After;
         int MergeId;
         uint32_t MergeKey;
+        TDiagDeltaStep* Delta;
     };
     std::vector<Kept> kept;
     for (int i = First; i < count(); ++i) {
         const auto* s = dynamic_cast<const TDiagUndoStep*>(command(i));
         if (!s)
             continue;
-        kept.push_back({s->text(), s->FBefore, s->FAfter, s->FMergeId, s->FMergeKey});
+        const auto* d = dynamic_cast<const TDiagDeltaStep*>(s);
+        kept.push_back({s->text(), s->FBefore, s->FAfter, s->FMergeId, s->FMergeKey,
+                        d ? d->Clone() : nullptr});
     }
     const int position = index() - First;
     const int clean = cleanIndex() - First;
     FRebuilding = true;
     clear();
     for (Kept& k : kept) {
-        auto* s = new TDiagUndoStep(this, k.Text, std::move(k.Before), std::move(k.After),
-                                    k.MergeId, k.MergeKey);
+        TDiagUndoStep* s = k.Delta;
+        if (!s)
+            s = new TDiagUndoStep(this, k.Text, std::move(k.Before), std::move(k.After), k.MergeId,
+                                  k.MergeKey);
         s->FPushed = true;
         push(s);
     }

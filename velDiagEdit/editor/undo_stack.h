@@ -6,6 +6,9 @@
 // was. The stack does not know what a diagram is: it is given one function that writes the
 // diagram's bytes and one that loads them.
 //
+// A step may instead carry only what its change touched (TDiagDeltaStep): a drag of one block
+// on a large diagram then costs what the block and its wires cost, not two whole streams.
+//
 // Memory: two neighbouring steps usually share the bytes between them (one step's "after" is
 // the next one's "before"), so a step costs about one snapshot. The stack keeps its snapshots
 // within a limit in bytes: after every push the oldest steps are dropped until the rest fits,
@@ -45,7 +48,7 @@ public:
     int MergeId() const { return FMergeId; }
     uint32_t MergeKey() const { return FMergeKey; }
 
-private:
+protected:
     friend class TDiagUndoStack;
     TDiagUndoStack* FStack;
     QByteArray FBefore;
@@ -54,6 +57,27 @@ private:
     uint32_t FMergeKey;
     // The first redo comes from the push, when the diagram already is in the state after.
     bool FPushed = false;
+};
+
+// A step that undoes and redoes its own change, from the little it recorded, on a diagram that
+// is in the state the step left (the stack guarantees that for its own steps). Never merged.
+class VELDIAGEDIT_EXPORT TDiagDeltaStep : public TDiagUndoStep {
+public:
+    TDiagDeltaStep(TDiagUndoStack* Stack, const QString& Text);
+
+    void undo() override;
+    void redo() override;
+    bool mergeWith(const QUndoCommand* Other) override;
+
+    // Puts the diagram in the state before (After false) or after the change.
+    virtual void Apply(bool After) = 0;
+    // Undoing the newest step: records what it touched as it is now as the state after, so that
+    // redo returns to where undoing started.
+    virtual void TakeAfter() = 0;
+    // Bytes the step holds.
+    virtual int64_t Size() const = 0;
+    // A copy, for rebuilding the stack.
+    virtual TDiagDeltaStep* Clone() const = 0;
 };
 
 class VELDIAGEDIT_EXPORT TDiagUndoStack : public QUndoStack {
@@ -75,6 +99,8 @@ public:
     // bytes; true when a step was pushed (or merged into the newest one).
     bool PushStep(const QString& Text, const QByteArray& Before, int MergeId = -1,
                   uint32_t MergeKey = 0);
+    // Pushes a step that carries its own change (the diagram already is in its state after).
+    void PushDelta(TDiagDeltaStep* Step);
 
     // A step around a piece of work: BeginStep takes the bytes before, the matching EndStep
     // pushes the step if the bytes changed. Steps begun inside another step belong to the
@@ -98,6 +124,7 @@ public:
 
 private:
     friend class TDiagUndoStep;
+    friend class TDiagDeltaStep;
     void Restore(const QByteArray& Bytes);
     // Drops the oldest steps until the rest fits the limit (the newest always stays).
     void TrimToLimit();
