@@ -39,6 +39,9 @@
 #include "velDiagEdit/connections/diag_connect_list.h"
 #include "velDiagEdit/connections/diag_connection.h"
 
+#include "velDiagEdit/simulation/diag_simulator.h"
+#include "velDiagEdit/simulation/stimuli.h"
+
 #include "velDiagEdit/editor/diag_container.h"
 #include "velDiagEdit/editor/diag_messages.h"
 
