@@ -1,6 +1,7 @@
 #include "cli_support.h"
 
 #include <velDiagEdit/platform/errors.h>
+#include <velDiagEdit/simulation/stimuli.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -24,6 +25,8 @@ QString ErrorTypeName(const std::exception& e) {
         return QStringLiteral("EWriteError");
     if (dynamic_cast<const EStreamError*>(&e))
         return QStringLiteral("EStreamError");
+    if (dynamic_cast<const EStimulusError*>(&e))
+        return QStringLiteral("EStimulusError");
     if (dynamic_cast<const EConvertError*>(&e))
         return QStringLiteral("EConvertError");
     if (dynamic_cast<const EListError*>(&e))

@@ -167,7 +167,7 @@ protected:
 // ---- commands and help
 
 TEST_F(Veldiag, EveryCommandHasHelp) {
-    for (const char* c : {"render", "convert", "validate", "dump"}) {
+    for (const char* c : {"render", "convert", "validate", "dump", "simulate"}) {
         const ToolRun r = Tool({QString::fromLatin1(c), QStringLiteral("--help")});
         EXPECT_EQ(r.Code, 0) << c;
         EXPECT_TRUE(r.Out.startsWith(QByteArray("Usage: veldiag ") + c)) << r.Out.toStdString();
@@ -181,7 +181,7 @@ TEST_F(Veldiag, EveryCommandHasHelp) {
     }
     const ToolRun top = Tool({QStringLiteral("--help")});
     EXPECT_EQ(top.Code, 0);
-    for (const char* c : {"render", "convert", "validate", "dump", "db"})
+    for (const char* c : {"render", "convert", "validate", "dump", "db", "simulate"})
         EXPECT_TRUE(top.Out.contains(c)) << c;
 }
 
@@ -713,3 +713,162 @@ INSTANTIATE_TEST_SUITE_P(Databases, VeldiagDb,
                          ::testing::Values(DbKind::SQLite, DbKind::PostgreSQL), DbKindName());
 
 } // namespace
+
+// ---- simulate
+
+namespace {
+
+// The half adder's stimuli: A B held 4 steps each as 00, 01, 10, 11.
+QString HalfAdderStimuli() {
+    return Example("half_adder.stimuli", "json");
+}
+
+// A wire from output 1 of a to input `to` of b, drawn with the list's commands.
+void DrawWire(TDiagConnectList& wires, TDiagObject* a, TDiagObject* b, int to) {
+    TPoint from, dst;
+    a->GetConPoint(1, from, false);
+    b->GetConPoint(to, dst, false);
+    const int k = wires.AddConnection(a, 1, 20);
+    if (dst.Y != from.Y)
+        wires.AddSegmentToConnection(k, std::abs(dst.Y - from.Y), dst.Y < from.Y ? -2 : 2);
+    b->SetSelMarkerIndex(to);
+    wires.EndConnectionByLongRec(LongRec{1, uint16_t(k + 1)}, b, nullptr);
+    b->SetSelMarkerIndex(0);
+}
+
+} // namespace
+
+TEST_F(Veldiag, SimulateHalfAdderWritesTheDumpWorkedOutByHand) {
+    const ToolRun r =
+        Tool({QStringLiteral("simulate"), Example("half_adder", "dgm"), QStringLiteral("--stimuli"),
+              HalfAdderStimuli(), QStringLiteral("-o"), Path("ha.vcd")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_TRUE(r.Err.isEmpty()) << r.Err.toStdString();
+    // S = (A or B) and not (A and B): OR and AND answer one step after the inputs, the last
+    // AND one step later. B rises at 4: OR at 5, S at 6. A and B both 1 at 12: C (the first
+    // AND) at 13, S falls at 14.
+    const QByteArray expected = "$version velDiagEdit simulation $end\n"
+                                "$timescale 1ns $end\n"
+                                "$scope module half_adder $end\n"
+                                "$var wire 1 ! A $end\n"
+                                "$var wire 1 \" B $end\n"
+                                "$var wire 1 # S $end\n"
+                                "$var wire 1 $ C $end\n"
+                                "$upscope $end\n"
+                                "$enddefinitions $end\n"
+                                "#0\n$dumpvars\n0!\n0\"\n0#\n0$\n$end\n"
+                                "#4\n1\"\n"
+                                "#6\n1#\n"
+                                "#8\n1!\n0\"\n"
+                                "#12\n1\"\n"
+                                "#13\n1$\n"
+                                "#14\n0#\n"
+                                "#20\n";
+    EXPECT_EQ(ReadAll(Path("ha.vcd")).toStdString(), expected.toStdString());
+
+    const ToolRun shorter =
+        Tool({QStringLiteral("simulate"), Example("half_adder", "dgm"), QStringLiteral("--stimuli"),
+              HalfAdderStimuli(), QStringLiteral("--steps"), QStringLiteral("10"),
+              QStringLiteral("-o"), Path("ha10.vcd")});
+    ASSERT_EQ(shorter.Code, 0) << shorter.Err.toStdString();
+    EXPECT_TRUE(ReadAll(Path("ha10.vcd")).endsWith("#8\n1!\n0\"\n#10\n"));
+}
+
+TEST_F(Veldiag, SimulateChartIsTheLibrarysChartOfTheSameRun) {
+    const ToolRun r =
+        Tool({QStringLiteral("simulate"), Example("half_adder", "dgm"), QStringLiteral("--stimuli"),
+              HalfAdderStimuli(), QStringLiteral("-o"), Path("ha.png")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    HostSurface host;
+    {
+        TFileStream in(Example("half_adder", "dgm"), fmOpenRead);
+        host.Container.LoadFromStream(in);
+    }
+    TDiagSimulator sim(*host.Container.ObjList, *host.Container.ConList);
+    sim.SetStimuli(TSimStimuli::LoadFromFile(HalfAdderStimuli()));
+    sim.Reset();
+    sim.Run(20);
+    const QImage expected = RenderSimChart(sim.Record());
+    const QImage png(Path("ha.png"));
+    ASSERT_EQ(png.size(), expected.size());
+    EXPECT_EQ(png.convertToFormat(QImage::Format_ARGB32), expected);
+    for (const char* ext : {"svg", "pdf"}) {
+        const QString out = Path(QStringLiteral("ha.") + ext);
+        const ToolRun v =
+            Tool({QStringLiteral("simulate"), Example("half_adder", "dgm"),
+                  QStringLiteral("--stimuli"), HalfAdderStimuli(), QStringLiteral("-o"), out});
+        ASSERT_EQ(v.Code, 0) << ext << v.Err.toStdString();
+        EXPECT_TRUE(ReadAll(out).startsWith(qstrcmp(ext, "svg") == 0 ? "<?xml" : "%PDF")) << ext;
+    }
+}
+
+TEST_F(Veldiag, SimulateWarnsOnStderrAndGoesOn) {
+    WriteAll(Path("s.json"), R"({"steps": 6, "signals": {"A": "1", "Z": "0"}})");
+    const ToolRun r =
+        Tool({QStringLiteral("simulate"), Example("half_adder", "dgm"), QStringLiteral("--stimuli"),
+              Path("s.json"), QStringLiteral("-o"), Path("w.vcd")});
+    EXPECT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_TRUE(r.Err.contains("veldiag simulate: warning: Source \"B\"")) << r.Err.toStdString();
+    EXPECT_TRUE(r.Err.contains("\"Z\"")) << r.Err.toStdString();
+    EXPECT_TRUE(ReadAll(Path("w.vcd")).endsWith("#6\n"));
+}
+
+TEST_F(Veldiag, SimulateOfACircuitWithTwoDriversOnANetFailsAndWritesNothing) {
+    {
+        HostSurface host;
+        TDiagObjectList& blocks = *host.Container.ObjList;
+        auto* a = qobject_cast<TDiagText*>(blocks.CreateObjByDiagType(doText, {0, 0, 80, 60}));
+        auto* b = qobject_cast<TDiagText*>(blocks.CreateObjByDiagType(doText, {0, 100, 80, 160}));
+        TDiagObject* g = blocks.CreateObjByDiagType(doOrLogic, {200, 0, 260, 100});
+        a->SetOutCount(1);
+        a->SetTextValues("A");
+        b->SetOutCount(1);
+        b->SetTextValues("B");
+        DrawWire(*host.Container.ConList, a, g, -1);
+        DrawWire(*host.Container.ConList, b, g, -1);
+        WriteAll(Path("two.dgm"), host.Save());
+    }
+    WriteAll(Path("s.json"), R"({"steps": 4, "signals": {"A": "1", "B": "0"}})");
+    const ToolRun r =
+        Tool({QStringLiteral("simulate"), Path("two.dgm"), QStringLiteral("--stimuli"),
+              Path("s.json"), QStringLiteral("-o"), Path("two.png")});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains("veldiag simulate: error: Net 1 has 2 drivers: output 1 of block "
+                               "1 (source \"A\"), output 1 of block 2 (source \"B\")"))
+        << r.Err.toStdString();
+    EXPECT_FALSE(QFile::exists(Path("two.png")));
+}
+
+TEST_F(Veldiag, SimulateOfAMalformedStimuliFileNamesLineAndColumn) {
+    WriteAll(Path("bad.json"), "{\"steps\": 8,\n \"signals\": {\n  \"A\": \"clock 4\",\n  \"B\": "
+                               "\"0, 1@x\"}}");
+    const ToolRun r =
+        Tool({QStringLiteral("simulate"), Example("half_adder", "dgm"), QStringLiteral("--stimuli"),
+              Path("bad.json"), QStringLiteral("-o"), Path("bad.vcd")});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains("EStimulusError")) << r.Err.toStdString();
+    // Line 4: `  "B": "0, 1@x"}}`, the x at column 14.
+    EXPECT_TRUE(r.Err.contains("(line 4, column 14)")) << r.Err.toStdString();
+    EXPECT_FALSE(QFile::exists(Path("bad.vcd")));
+}
+
+TEST_F(Veldiag, SimulateCommandLineMistakesAreUsageErrors) {
+    WriteAll(Path("nosteps.json"), R"({"signals": {"A": "1"}})");
+    const QString d = Example("half_adder", "dgm");
+    const QString st = QStringLiteral("--stimuli");
+    const QString o = QStringLiteral("-o");
+    const QString sim = QStringLiteral("simulate");
+    EXPECT_EQ(Tool({sim, d, st, Path("nosteps.json"), o, Path("x.vcd")}).Code, 2);
+    EXPECT_EQ(Tool({sim, d, st, Path("nosteps.json"), QStringLiteral("--steps"),
+                    QStringLiteral("3"), o, Path("x.vcd")})
+                  .Code,
+              0);
+    EXPECT_EQ(Tool({sim, d, o, Path("x.vcd")}).Code, 2) << "no stimuli";
+    EXPECT_EQ(Tool({sim, d, st, HalfAdderStimuli()}).Code, 2) << "no output";
+    EXPECT_EQ(Tool({sim, d, st, HalfAdderStimuli(), o, Path("x.bmp")}).Code, 2);
+    EXPECT_EQ(Tool({sim, d, st, HalfAdderStimuli(), QStringLiteral("--steps"), QStringLiteral("0"),
+                    o, Path("x.vcd")})
+                  .Code,
+              2);
+    EXPECT_EQ(Tool({sim, d, st, Path("missing.json"), o, Path("x.vcd")}).Code, 1);
+}

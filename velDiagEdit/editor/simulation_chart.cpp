@@ -63,7 +63,7 @@ Layout MakeLayout(const TSimRecord& rec, const TSimChartOptions& o) {
     l.Chart.Top = top;
     l.X0 = l.Chart.Left + kDelta;
     l.RowsTop = top + 4;
-    l.AxisY = l.RowsTop + rows * l.RowH;
+    l.AxisY = l.RowsTop + rows * l.RowH + 4; // a gap between the last row and the axis
     l.Chart.Right = l.X(l.Steps) + 2 * kDelta;
     l.Chart.Bottom = l.AxisY + kDelta;
     // Below the chart: the tick numbers, then the axis caption at the chart's bottom edge.
