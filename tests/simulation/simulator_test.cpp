@@ -395,6 +395,10 @@ TEST(SimTextBlocks, ASourceFeedsAProbeThroughANamedBuffer) {
     sim.Run(8);
     EXPECT_EQ(TraceNamed(sim, "A").Changes, Ch({{1, true}, {3, false}, {4, true}}));
     EXPECT_EQ(TraceNamed(sim, "Y").Changes, Ch({{2, true}, {4, false}, {5, true}}));
+    // The work follows the activity: the buffer evaluates at step 0 and at A's three changes;
+    // each of the two nets changes three times.
+    EXPECT_EQ(sim.Evaluations(), 4);
+    EXPECT_EQ(sim.NetChanges(), 6);
 }
 
 TEST(SimTextBlocks, BufferOutputsFollowTheirOwnInputsAndExtraOutputsStayZero) {

@@ -504,6 +504,8 @@ void TDiagSimulator::ClearStimuli() {
 
 void TDiagSimulator::Reset() {
     FTime = 0;
+    FEvaluations = 0;
+    FNetChanges = 0;
     std::fill(FNetValue.begin(), FNetValue.end(), uint8_t(0));
     std::fill(FOutValue.begin(), FOutValue.end(), uint8_t(0));
     std::fill(FOutProjected.begin(), FOutProjected.end(), uint8_t(0));
@@ -544,6 +546,7 @@ void TDiagSimulator::Apply(int32_t Pin, bool Value, int32_t Depth) {
     if (n < 0 || FNetValue[size_t(n)] == Value)
         return;
     FNetValue[size_t(n)] = Value;
+    ++FNetChanges;
     const int64_t t = FTime;
     if (Depth > EffectiveBound()) {
         const int loop = FBlocks[size_t(FOutBlock[size_t(Pin)])].Scc;
@@ -580,6 +583,7 @@ void TDiagSimulator::Apply(int32_t Pin, bool Value, int32_t Depth) {
 }
 
 void TDiagSimulator::Evaluate(int b, int32_t Depth) {
+    ++FEvaluations;
     Block& B = FBlocks[size_t(b)];
     const int32_t* inNet = FInNet.data() + B.InFirst;
     const uint8_t* inInv = FInInv.data() + B.InFirst;

@@ -115,6 +115,9 @@ public:
     void Run(int64_t Steps);
     // Steps done since the reset.
     int64_t Time() const { return FTime; }
+    // Block evaluations and net changes since the reset: the run's work.
+    int64_t Evaluations() const { return FEvaluations; }
+    int64_t NetChanges() const { return FNetChanges; }
 
     // --- the circuit
     int NetCount() const { return FNetCount; }
@@ -215,6 +218,8 @@ private:
 
     // Run state
     int64_t FTime = 0;
+    int64_t FEvaluations = 0;
+    int64_t FNetChanges = 0;
     std::vector<std::vector<Event>> FWheel; // slot = step % size
     std::vector<int64_t> FDirtyStamp;
     std::vector<int32_t> FTrigDepth;
