@@ -872,3 +872,21 @@ TEST_F(Veldiag, SimulateCommandLineMistakesAreUsageErrors) {
               2);
     EXPECT_EQ(Tool({sim, d, st, Path("missing.json"), o, Path("x.vcd")}).Code, 1);
 }
+
+TEST_F(Veldiag, SimulateEveryExampleOnItsStimuli) {
+    const QStringList names = ExampleNames(QStringLiteral("dgm"));
+    ASSERT_FALSE(names.isEmpty());
+    for (const QString& name : names) {
+        const QString stimuli = Example(name + QStringLiteral(".stimuli"), QStringLiteral("json"));
+        ASSERT_TRUE(QFile::exists(stimuli)) << name.toStdString() << " has no stimuli file";
+        for (const char* ext : {"vcd", "png"}) {
+            const QString out = Path(name + QLatin1Char('.') + QLatin1String(ext));
+            const ToolRun r =
+                Tool({QStringLiteral("simulate"), Example(name, "dgm"), QStringLiteral("--stimuli"),
+                      stimuli, QStringLiteral("-o"), out});
+            EXPECT_EQ(r.Code, 0) << name.toStdString() << ": " << r.Err.toStdString();
+            EXPECT_TRUE(QFile::exists(out)) << name.toStdString();
+        }
+        EXPECT_TRUE(ReadAll(Path(name + QStringLiteral(".vcd"))).startsWith("$version"));
+    }
+}
