@@ -488,3 +488,18 @@ TEST(SimHostile, WireEndsThatNameMissingMarkersOrWiresAreReportedNotFollowed) {
     EXPECT_EQ(sim.NetOf(g, -1), -1);
     sim.Run(5);
 }
+
+TEST(SimTime, StimuliChangedDuringARunApplyFromTheNextStepAndClearingThemLeavesSourcesAtZero) {
+    Circuit c;
+    c.Source(0, 0, "A");
+    TDiagSimulator sim(c.Blocks, c.Wires);
+    sim.SetStimulus("A", TSimWaveform::Constant(true));
+    sim.Reset();
+    sim.Run(2);
+    sim.ClearStimuli();
+    sim.Run(2);
+    sim.SetStimulus("A", TSimWaveform::Parse("clock 2"));
+    sim.Run(2);
+    // 1 1 | 0 0 | clock 2 at steps 4, 5: 0 1.
+    EXPECT_EQ(sim.Traces().at(0).Changes, Ch({{0, true}, {2, false}, {5, true}}));
+}

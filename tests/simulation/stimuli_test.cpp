@@ -121,7 +121,8 @@ TEST(SimStimuliFile, MalformedFilesNameLineAndColumn) {
     // quote; the characters before it count as one column each (é too).
     EXPECT_EQ(ErrorAt("{\"signals\": {\n\t\"é\": \"0, 1@8\",\n  \"B\": \"01x1\"}}"),
               std::make_pair(3, 11));
-    // The same name twice.
+    // The same key twice, at the top or among the signals.
+    EXPECT_EQ(ErrorAt("{\"steps\": 1, \"steps\": 2}"), std::make_pair(1, 14));
     EXPECT_EQ(ErrorAt("{\"signals\": {\"A\": \"1\", \"A\": \"0\"}}"), std::make_pair(1, 24));
 }
 

@@ -491,15 +491,25 @@ int TDiagSimulator::EffectiveBound() const {
 
 void TDiagSimulator::SetStimulus(const QString& Source, const TSimWaveform& Wave) {
     FStimuli[Source] = Wave;
+    ResolveWaves();
 }
 
 void TDiagSimulator::SetStimuli(const TSimStimuli& Stimuli) {
     for (const auto& [name, wave] : Stimuli.Signals)
         FStimuli[name] = wave;
+    ResolveWaves();
 }
 
 void TDiagSimulator::ClearStimuli() {
     FStimuli.clear();
+    ResolveWaves();
+}
+
+void TDiagSimulator::ResolveWaves() {
+    for (int b : FSources) {
+        auto it = FStimuli.find(FBlocks[size_t(b)].Name);
+        FSourceWave[size_t(b)] = it == FStimuli.end() ? nullptr : &it->second;
+    }
 }
 
 void TDiagSimulator::Reset() {
@@ -534,10 +544,7 @@ void TDiagSimulator::Reset() {
         if (!tr.IsSource && FInInv[size_t(FProbeInPin[t])])
             tr.Changes.push_back({0, true});
     }
-    for (int b : FSources) {
-        auto it = FStimuli.find(FBlocks[size_t(b)].Name);
-        FSourceWave[size_t(b)] = it == FStimuli.end() ? nullptr : &it->second;
-    }
+    ResolveWaves();
 }
 
 void TDiagSimulator::Apply(int32_t Pin, bool Value, int32_t Depth) {

@@ -101,7 +101,8 @@ public:
     void SetOscillationBound(int Bound);
     int GetOscillationBound() const;
 
-    // Waveforms by source name; a source without one stays 0. Take effect at the next Reset.
+    // Waveforms by source name (SetStimuli adds to those given before); a source without one
+    // stays 0. A source follows its waveform from the next step on; Reset to start over.
     void SetStimulus(const QString& Source, const TSimWaveform& Wave);
     void SetStimuli(const TSimStimuli& Stimuli);
     void ClearStimuli();
@@ -182,6 +183,8 @@ private:
     void Apply(int32_t Pin, bool Value, int32_t Depth);
     void Evaluate(int b, int32_t Depth);
     int EffectiveBound() const;
+    // Points each source at its waveform (or none) again after the stimuli changed.
+    void ResolveWaves();
     QString PinName(int b, int Marker) const;
 
     // Blocks

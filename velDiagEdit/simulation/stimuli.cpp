@@ -372,6 +372,11 @@ TSimStimuli TSimStimuli::ParseJson(const QByteArray& Json) {
                QStringLiteral("A stimuli file is one object: {\"steps\": N, \"signals\": {...}}"));
 
     TSimStimuli result;
+    for (size_t i = 0; i < scan.Top.size(); ++i)
+        for (size_t j = 0; j < i; ++j)
+            if (scan.Top[j].Key == scan.Top[i].Key)
+                FailAt(Json, scan.Top[i].KeyAt,
+                       QStringLiteral("Key \"%1\" is given twice").arg(scan.Top[i].Key));
     for (const PositionScan::Member& m : scan.Top) {
         if (m.Key == QLatin1String("steps")) {
             const QJsonValue v = doc.object().value(m.Key);
