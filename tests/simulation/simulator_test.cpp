@@ -503,3 +503,42 @@ TEST(SimTime, StimuliChangedDuringARunApplyFromTheNextStepAndClearingThemLeavesS
     // 1 1 | 0 0 | clock 2 at steps 4, 5: 0 1.
     EXPECT_EQ(sim.Traces().at(0).Changes, Ch({{0, true}, {2, false}, {5, true}}));
 }
+
+TEST(SimNets, ListsLoadedFromAStreamWithoutAWindowSimulateAsDrawn) {
+    Circuit c;
+    TDiagText* a = c.Source(0, 0, "A");
+    TDiagText* g = c.Gate(doOrLogic, 200, 0, 1);
+    TDiagText* g2 = c.Gate(doOrLogic, 200, 200, 1);
+    TDiagText* y = c.Probe(400, 0, "Y");
+    TDiagText* z = c.Probe(400, 200, "Z");
+    const int w1 = c.Connect(a, 1, g, -1);
+    TPoint in1;
+    g->GetConPoint(-1, in1, false);
+    c.Junction(g2, -1, w1, in1.Y);
+    c.Connect(g, 1, y, -1);
+    c.Connect(g2, 1, z, -1);
+    TMemoryStream s;
+    c.Blocks.SaveToStream(s);
+    c.Wires.SaveToStream(s);
+    s.SetPosition(0);
+
+    // Loaded as a host loads them: no parent widget, wires attached to their blocks by key.
+    TDiagObjectList blocks(nullptr);
+    TCanvas canvas;
+    TRecordingBackend rec;
+    canvas.SetBackend(&rec);
+    TDiagConnectList wires(&canvas);
+    blocks.LoadFromStream(s, [](QObject*) {});
+    wires.LoadFromStream(s, [&blocks](TDiagConnection* w) {
+        w->SetSrcObject(blocks.FindObjByKey(w->GetSrcKey()));
+        w->SetDstObject(blocks.FindObjByKey(w->GetDstKey()));
+    });
+    TDiagSimulator sim(blocks, wires);
+    EXPECT_TRUE(sim.Errors().empty());
+    EXPECT_EQ(sim.NetOf(blocks.Items(2), -1), sim.NetOf(blocks.Items(0), 1)) << "the junction";
+    sim.SetStimulus("A", TSimWaveform::Parse("0, 1@2"));
+    sim.Reset();
+    sim.Run(5);
+    EXPECT_EQ(TraceNamed(sim, "Y").Changes, Ch({{3, true}}));
+    EXPECT_EQ(TraceNamed(sim, "Z").Changes, Ch({{3, true}}));
+}
