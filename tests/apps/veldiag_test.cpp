@@ -368,6 +368,97 @@ TEST_F(Veldiag, RenderRefusesAnUnknownPictureFormat) {
     EXPECT_FALSE(QFile::exists(Path("x.gif")));
 }
 
+// A diagram reaching far beyond a fresh widget's 640 x 480 in every direction: gates at the
+// four corners of a 2600 x 2200 area around the origin, wired across it and around it.
+// Written twice, with and without the wires, into `withWires` and `withoutWires`.
+void SaveSpreadDiagram(const QString& withWires, const QString& withoutWires) {
+    for (const bool wires : {true, false}) {
+        HostSurface host;
+        TDiagObject* nw = host.Container.CreateObjByDiagType(doAndLogic, {-900, -700, -850, -650});
+        TDiagObject* ne = host.Container.CreateObjByDiagType(doOrLogic, {1500, -600, 1550, -550});
+        TDiagObject* sw = host.Container.CreateObjByDiagType(doAndLogic, {-800, 1300, -750, 1350});
+        TDiagObject* se = host.Container.CreateObjByDiagType(doOrLogic, {1600, 1400, 1650, 1450});
+        if (wires) {
+            TDiagConnectList* l = host.Container.ConList.get();
+            new TDiagObjConnection(l, nw, 1, ne, -1, {10, 10}, 0, 0, 0);
+            new TDiagObjConnection(l, sw, 1, se, -1, {10, 10}, 0, 0, 0);
+            new TDiagObjConnection(l, nw, 1, se, -2, {10, 10}, 0, 0, 0);
+            new TDiagObjConnection(l, sw, 1, ne, -2, {10, 10}, 0, 0, 0);
+        }
+        host.Container.SaveDiagramToFile(wires ? withWires : withoutWires);
+    }
+}
+
+TEST_F(Veldiag, RenderDrawsEveryWireHoweverFarItLiesFromTheOriginAtEveryScale) {
+    SaveSpreadDiagram(Path("spread.dgm"), Path("bare.dgm"));
+    const QJsonObject dump = DumpOf(Path("spread.dgm"));
+    const QJsonArray wires = dump[QStringLiteral("connections")].toArray();
+    ASSERT_EQ(wires.size(), 4);
+    const QRect content = ContentArea(dump);
+    ASSERT_LT(content.left(), -640);
+    ASSERT_GT(content.right(), 1280);
+    for (const double scale : {0.5, 1.0, 2.0}) {
+        SCOPED_TRACE(scale);
+        const QString out = Path(QStringLiteral("spread%1.png").arg(scale));
+        ASSERT_EQ(Tool({QStringLiteral("render"), Path("spread.dgm"), QStringLiteral("-o"), out,
+                        QStringLiteral("--margin"), QStringLiteral("0"), QStringLiteral("--scale"),
+                        QString::number(scale)})
+                      .Code,
+                  0);
+        const QImage img(out);
+        ASSERT_FALSE(img.isNull());
+        // The middle of every segment is inked (black, or grey where halving blends it).
+        int segments = 0;
+        for (const QJsonValue& w : wires) {
+            const QJsonArray pts = w.toObject()[QStringLiteral("points")].toArray();
+            for (qsizetype i = 1; i < pts.size(); ++i) {
+                const QJsonArray a = pts[i - 1].toArray(), b = pts[i].toArray();
+                if (a == b)
+                    continue;
+                const double mx = (a[0].toInt() + b[0].toInt()) / 2.0 - content.left();
+                const double my = (a[1].toInt() + b[1].toInt()) / 2.0 - content.top();
+                int darkest = 255;
+                for (int dy = -1; dy <= 1; ++dy)
+                    for (int dx = -1; dx <= 1; ++dx) {
+                        const QPoint at(int(mx * scale) + dx, int(my * scale) + dy);
+                        if (img.rect().contains(at))
+                            darkest = std::min(darkest, qGray(img.pixel(at)));
+                    }
+                EXPECT_LT(darkest, 160) << "segment from " << a[0].toInt() << "," << a[1].toInt()
+                                        << " to " << b[0].toInt() << "," << b[1].toInt();
+                ++segments;
+            }
+        }
+        EXPECT_GE(segments, 8);
+    }
+}
+
+TEST_F(Veldiag, RenderSvgHoldsOneLineForEverySegmentOfEveryWire) {
+    SaveSpreadDiagram(Path("spread.dgm"), Path("bare.dgm"));
+    int segments = 0;
+    for (const QJsonValue& w :
+         DumpOf(Path("spread.dgm"))[QStringLiteral("connections")].toArray()) {
+        const QJsonArray pts = w.toObject()[QStringLiteral("points")].toArray();
+        for (qsizetype i = 1; i < pts.size(); ++i)
+            segments += pts[i - 1] != pts[i] ? 1 : 0;
+    }
+    ASSERT_GE(segments, 8);
+    const auto lineCount = [this](const QString& dgm) {
+        const QString svg = Path("count.svg");
+        EXPECT_EQ(Tool({QStringLiteral("render"), dgm, QStringLiteral("-o"), svg}).Code, 0);
+        QXmlStreamReader xml(ReadAll(svg));
+        int lines = 0;
+        while (!xml.atEnd())
+            if (xml.readNext() == QXmlStreamReader::StartElement &&
+                (xml.name() == QLatin1String("polyline") || xml.name() == QLatin1String("line")))
+                ++lines;
+        EXPECT_FALSE(xml.hasError());
+        return lines;
+    };
+    // The same blocks without their wires: what the wires add is theirs alone.
+    EXPECT_EQ(lineCount(Path("spread.dgm")) - lineCount(Path("bare.dgm")), segments);
+}
+
 // ---- convert
 
 TEST_F(Veldiag, ConvertBinaryToTextIsTheLibrarysOwnTextAndSaysWhatWasDropped) {

@@ -607,6 +607,32 @@ TEST_F(ActionsFixture, SaveDiagramByNameWritesTheFileBesideTheHostProgram) {
     EXPECT_TRUE(dialogs.Asked().empty());
 }
 
+TEST_F(ActionsFixture, NamesThatWouldLeaveTheProgramsFolderAreRefusedAndNothingIsWritten) {
+    Surface();
+    Text(30, 30);
+    const QString outside =
+        QDir::cleanPath(Dir() + QStringLiteral("..")); // above the program's folder
+    const QStringList before = QDir(outside).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    const QString bad[] = {QStringLiteral("../escape"),
+                           QStringLiteral(".."),
+                           QStringLiteral("."),
+                           QStringLiteral("sub/name"),
+                           QStringLiteral("..\\escape"),
+                           QStringLiteral("nul") + QChar(0) + "x",
+                           QStringLiteral("/tmp/absolute")};
+    for (const QString& name : bad) {
+        SCOPED_TRACE(name.toStdString());
+        EXPECT_THROW(dm->SaveDiagram(name), EInvalidOperation);
+        EXPECT_THROW(dm->LoadDiagram(name), EInvalidOperation);
+    }
+    EXPECT_EQ(QDir(outside).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+    EXPECT_EQ(QDir(Dir()).entryList(QDir::Files), QStringList());
+    EXPECT_FALSE(QFile::exists(QStringLiteral("/tmp/absolute.dgm")));
+    // Dots inside a name are not a folder: "a..b" stays beside the program.
+    dm->SaveDiagram(QStringLiteral("a..b"));
+    EXPECT_TRUE(QFile::exists(Dir() + QStringLiteral("a..b.dgm")));
+}
+
 TEST_F(ActionsFixture, SaveDiagramByNameOverwritesAnOlderFile) {
     Surface();
     WriteFile(Dir() + QStringLiteral("Main.dgm"), std::vector<uint8_t>(100, 0xAB));

@@ -305,6 +305,28 @@ TEST_P(TableActionsTest, ABarInTheNameSplitsTheValues) {
     EXPECT_EQ(rows[0].Key, QStringLiteral("Right"));
 }
 
+TEST_P(TableActionsTest, ABarInTheTabNameIsRefusedBeforeAnyRecordIsTouched) {
+    Surface();
+    dm->LoadDiagramEx(QStringLiteral("Victim"), QStringLiteral("frmConfig"));
+    dm->SetDesignMode(true);
+    Text(dc(), 10, 10);
+    dm->SaveDiagram(QStringLiteral("Victim"));
+    const std::vector<Row> victim = Rows();
+    ASSERT_EQ(victim.size(), 1u);
+    // The tab name that would split into the victim's section and key.
+    EXPECT_THROW(
+        dm->LoadDiagramEx(QStringLiteral("x"), QStringLiteral("frmConfig.Victim|DiagramChart|x")),
+        EInvalidOperation);
+    dm->SetDesignMode(true);
+    Text(dc(), 200, 10);
+    EXPECT_THROW(dm->SaveDiagram(QStringLiteral("x")), EInvalidOperation);
+    const std::vector<Row> after = Rows();
+    ASSERT_EQ(after.size(), 1u);
+    EXPECT_EQ(after[0].Section, QStringLiteral("frmMain.frmConfig.Victim"));
+    EXPECT_EQ(after[0].Data, victim[0].Data);
+    EXPECT_TRUE(dm->FNeedSave); // the refused save is still to be made
+}
+
 // ---- when it writes
 // ------------------------------------------------------------------------------
 

@@ -105,6 +105,58 @@ TEST(WireCulling, WithoutAKnownRectangleEveryWireIsDrawn) {
     EXPECT_EQ(rc.rec.OfKind(opLine).size(), 2u);
 }
 
+TEST(CanvasClipRect, OfAWidgetOutsideItsPaintIsUnknownNotTheWidgetsSize) {
+    QWidget w; // a fresh widget is 640 x 480
+    TCanvas c;
+    c.SetHandle(&w);
+    TRect r;
+    EXPECT_FALSE(c.ClipRect(r));
+}
+
+TEST(CanvasClipRect, OfAPainterLentToAWidgetIsWhatThatPainterReaches) {
+    // A 640 x 480 widget drawn into a larger picture, moved and halved: the canvas may draw
+    // wherever the picture shows, far outside the widget's own size.
+    QWidget w;
+    TCanvas c;
+    c.SetHandle(&w);
+    QImage img(1000, 800, QImage::Format_ARGB32);
+    QPainter p(&img);
+    p.scale(0.5, 0.5);
+    p.translate(300, -100);
+    const TPaintScope scope(&w, &p);
+    TRect r;
+    ASSERT_TRUE(c.ClipRect(r));
+    // Device pixels 0..1000 x 0..800 are diagram pixels -300..1700 x 100..1700.
+    EXPECT_EQ(r, (TRect{-300, 100, 1700, 1700}));
+    p.setClipRect(QRect(0, 200, 50, 50));
+    ASSERT_TRUE(c.ClipRect(r));
+    EXPECT_EQ(r, (TRect{0, 200, 50, 250}));
+}
+
+TEST(WireCulling, WiresFarOutsideTheWidgetAreDrawnIntoAPictureOfTheWholeDiagram) {
+    QWidget w; // 640 x 480, never shown or resized
+    TCanvas c;
+    c.SetHandle(&w);
+    TDiagConnectList list(&c);
+    // One wire beyond every side of the widget, one inside.
+    Wire(list, {{-400, 100}, {-200, 100}});
+    Wire(list, {{100, -300}, {100, -100}});
+    Wire(list, {{900, 100}, {1200, 100}});
+    Wire(list, {{100, 700}, {100, 900}});
+    Wire(list, {{10, 10}, {50, 10}});
+    QImage img = WhiteImage(1700, 1300);
+    {
+        QPainter p(&img);
+        p.translate(450, 350);
+        const TPaintScope scope(&w, &p);
+        list.Paint();
+    }
+    const TPoint mids[] = {{-300, 100}, {100, -200}, {1000, 100}, {100, 800}, {30, 10}};
+    for (const TPoint m : mids)
+        EXPECT_EQ(PixelColor(img, m.X + 450, m.Y + 350), 0x000000u)
+            << "wire through " << m.X << "," << m.Y;
+}
+
 TEST(CanvasClipRect, IsThePaintRectangleDuringAPaintAndTheDeviceOtherwise) {
     QImage img(300, 200, QImage::Format_ARGB32);
     TCanvas c;

@@ -268,6 +268,14 @@ void TdmDiagActions::ParentMouseUp(QObject* /*Sender*/, TMouseButton Button, TSh
 
 QString TdmDiagActions::DiagramFileName(const QString& AName) const {
     const QString name = AName.isEmpty() ? GetName() : AName;
+    // The file must stay beside the host program, whatever name a caller hands on.
+    if (name == QLatin1String(".") || name == QLatin1String("..") ||
+        name.contains(QLatin1Char('/')) || name.contains(QLatin1Char('\\')) ||
+        name.contains(QChar(0)))
+        throw EInvalidOperation(
+            QStringLiteral("The diagram name \"%1\" is not a file name: it "
+                           "may not hold a path separator or be \".\" or \"..\"")
+                .arg(name));
     return ExtractFilePath(HostProgramPath()) + name + kDiagramExt;
 }
 

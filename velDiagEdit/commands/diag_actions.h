@@ -86,6 +86,7 @@ public:
     // overrides it to find the record by AName and ATabName.
     virtual void LoadDiagramEx(const QString& AName, const QString& ATabName);
     // The file SaveDiagram and LoadDiagram use for AName.
+    // EInvalidOperation for a name holding a path separator or NUL, or "." or "..".
     QString DiagramFileName(const QString& AName) const;
     // Through the save and open dialogs; see the definitions for the names they propose.
     void SaveDiagramToFile();

@@ -49,6 +49,12 @@ void TdmTableDiagActions::GenKeyFieldsAndValues(const QString& AName) {
     KeyFields = kKeyFields;
     if (FTabName.isEmpty())
         FTabName = kDefaultTabName;
+    // "|" separates the key values: a tab named "frmConfig.Victim|DiagramChart|x" would address
+    // another diagram's record.
+    if (FTabName.contains(QLatin1Char('|')))
+        throw EInvalidOperation(QStringLiteral("The tab name \"%1\" holds \"|\", which separates "
+                                               "the key values of a diagram's record")
+                                    .arg(FTabName));
     KeyValues = ReplaceFirst(kKeyTemplate, QStringLiteral("@T"), FTabName);
     KeyValues = ReplaceFirst(KeyValues, QStringLiteral("@C"), AName);
 }

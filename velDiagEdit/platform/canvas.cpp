@@ -184,7 +184,7 @@ void TCanvas::ReleaseHandlePainter() {
     FForeignDevice = nullptr;
 }
 
-ICanvasBackend* TCanvas::Resolve() {
+ICanvasBackend* TCanvas::Resolve(bool mayBegin) {
     if (FBackend)
         return FBackend;
     if (!FHandle)
@@ -205,7 +205,7 @@ ICanvasBackend* TCanvas::Resolve() {
         return FForeignBackend.get();
     }
     // A widget can only be drawn on during its paint.
-    if (FHandle->devType() == QInternal::Widget)
+    if (!mayBegin || FHandle->devType() == QInternal::Widget)
         return nullptr;
     FOwnPainter = std::make_unique<QPainter>();
     if (!FOwnPainter->begin(FHandle)) {
@@ -287,13 +287,29 @@ int TCanvas::TextWidth(const QString& text) const {
     return FontTextWidth(Font, text);
 }
 
-bool TCanvas::ClipRect(TRect& R) const {
-    if (FBackend || !FHandle)
-        return false;
-    if (TPaintScope::PaintRectFor(FHandle, R))
+bool TCanvas::ClipRect(TRect& R) {
+    TRect paint;
+    const bool hasPaint = !FBackend && FHandle && TPaintScope::PaintRectFor(FHandle, paint);
+    TRect area;
+    const ICanvasBackend* b = Resolve(false);
+    bool hasArea = b && b->VisibleRect(area);
+    if (!b && FHandle && FHandle->devType() != QInternal::Widget) {
+        // An image or picture is drawn on by a painter of the canvas's own, over all of it.
+        area = {0, 0, FHandle->width(), FHandle->height()};
+        hasArea = true;
+    }
+    if (hasPaint && hasArea) {
+        R = {std::max(paint.Left, area.Left), std::max(paint.Top, area.Top),
+             std::min(paint.Right, area.Right), std::min(paint.Bottom, area.Bottom)};
+        if (R.Right < R.Left || R.Bottom < R.Top)
+            R = {R.Left, R.Top, R.Left, R.Top};
         return true;
-    R = {0, 0, FHandle->width(), FHandle->height()};
-    return true;
+    }
+    if (hasPaint || hasArea) {
+        R = hasPaint ? paint : area;
+        return true;
+    }
+    return false;
 }
 
 int TCanvas::TextHeight(const QString&) const {

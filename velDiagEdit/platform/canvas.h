@@ -80,6 +80,12 @@ public:
     virtual void Polygon(std::span<const TPoint> points, const TPen& pen, const TBrush& brush) = 0;
     virtual void FillRect(const TRect& r, const TBrush& brush) = 0;
     virtual void TextOut(TPoint p, const QString& text, const TFont& font, const TBrush& brush) = 0;
+    // The part of the drawing coordinates that can still reach the target (the device through
+    // the transform and the clip); false when the backend draws nowhere in particular.
+    virtual bool VisibleRect(TRect& R) const {
+        (void)R;
+        return false;
+    }
 };
 
 // While alive, every canvas whose handle is `device` draws through `painter`: how a paint
@@ -121,10 +127,12 @@ public:
     void TextOut(int32_t x, int32_t y, const QString& text);
     int TextWidth(const QString& text) const;
     int TextHeight(const QString& text) const;
-    // The part of the drawing surface that drawing can still change: the rectangle of the paint
-    // under way, or the device's own bounds. False when no bound is known (a recorder, a canvas
-    // without device): then everything counts.
-    bool ClipRect(TRect& R) const;
+    // The part of the drawing surface that drawing can still change: what the painter drawing
+    // now can reach (its device through its transform and clip), within the rectangle of the
+    // paint under way. False when no bound is known (a recorder, no painter at work): then
+    // everything counts. Never the widget's own size: a painter lent to the canvas may draw a
+    // diagram far larger than the widget.
+    bool ClipRect(TRect& R);
 
     // An explicit backend (a recorder, or a painter the caller holds); not owned.
     void SetBackend(ICanvasBackend* backend) { FBackend = backend; }
@@ -143,7 +151,8 @@ public:
     std::function<void()> OnRequestPaint;
 
 private:
-    ICanvasBackend* Resolve();
+    // The backend drawing goes to; a painter of its own is begun on an image only when mayBegin.
+    ICanvasBackend* Resolve(bool mayBegin = true);
     void Unresolved();
 
     ICanvasBackend* FBackend = nullptr;

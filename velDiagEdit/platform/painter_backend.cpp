@@ -77,6 +77,15 @@ TPainterBackend::TArea TPainterBackend::ClipArea(int margin) const {
     return a;
 }
 
+bool TPainterBackend::VisibleRect(TRect& R) const {
+    const TArea a = ClipArea(0);
+    const auto clamp = [](int64_t v) {
+        return int32_t(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX));
+    };
+    R = {clamp(a.L), clamp(a.T), clamp(a.R), clamp(a.B)};
+    return true;
+}
+
 // The part of the pixel span l..r-1 x t..b-1 inside the area; false when none is.
 bool TPainterBackend::ClipToArea(int64_t l, int64_t t, int64_t r, int64_t b, const TArea& a,
                                  QRect& out) {

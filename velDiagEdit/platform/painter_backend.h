@@ -22,6 +22,7 @@ public:
     void Polygon(std::span<const TPoint> points, const TPen& pen, const TBrush& brush) override;
     void FillRect(const TRect& r, const TBrush& brush) override;
     void TextOut(TPoint p, const QString& text, const TFont& font, const TBrush& brush) override;
+    bool VisibleRect(TRect& R) const override;
 
 private:
     // A pixel area in the painter's coordinates, left/top inclusive, right/bottom exclusive.
