@@ -893,6 +893,38 @@ TEST_F(Veldiag, SimulateChartIsTheLibrarysChartOfTheSameRun) {
     }
 }
 
+TEST_F(Veldiag, SimulateHalfAdderChartShowsTheWaveformsWorkedOutByHand) {
+    const ToolRun r =
+        Tool({QStringLiteral("simulate"), Example("half_adder", "dgm"), QStringLiteral("--stimuli"),
+              HalfAdderStimuli(), QStringLiteral("-o"), Path("ha.png")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    const QImage png = QImage(Path("ha.png")).convertToFormat(QImage::Format_ARGB32);
+    ASSERT_FALSE(png.isNull());
+    // Where rows and steps stand depends only on the names and the number of steps: four
+    // traces of 20 steps, whatever their values.
+    TSimRecord layout;
+    layout.Steps = 20;
+    for (const char* n : {"A", "B", "S", "C"})
+        layout.Traces.push_back({QString::fromLatin1(n), false, -1, 0, {}});
+    const TSimChartGeometry g = SimChartGeometry(layout);
+    ASSERT_EQ(png.size(), g.Size);
+    // Rows in diagram order: the sources A and B, the probes S and C. A and B as in the stimuli
+    // file, their last bit held from step 16; the OR and the first AND (C) answer a step after
+    // their inputs, S (the AND of the OR with the first AND inverted) a step later: B rises at 4, S
+    // at 6; both 1 at 12: C at 13, S falls at 14.
+    const char* rows[4] = {"00000000111111111111", "00001111000011111111", "00000011111111000000",
+                           "00000000000001111111"};
+    const auto dark = [&png](int x, int y) { return qGray(png.pixel(x, y)) < 80; };
+    for (int row = 0; row < 4; ++row) {
+        for (int k = 0; k < 20; ++k) {
+            const int x = g.StepX(k) + g.StepWidth / 2;
+            const bool one = rows[row][k] == '1';
+            EXPECT_EQ(dark(x, g.HighY(row)), one) << "row " << row << " step " << k;
+            EXPECT_EQ(dark(x, g.LowY(row)), !one) << "row " << row << " step " << k;
+        }
+    }
+}
+
 TEST_F(Veldiag, SimulateWarnsOnStderrAndGoesOn) {
     WriteAll(Path("s.json"), R"({"steps": 6, "signals": {"A": "1", "Z": "0"}})");
     const ToolRun r =
