@@ -3,6 +3,7 @@
 #include "velDiagEdit/connections/diag_connection.h"
 #include "velDiagEdit/geometry/codecs.h"
 
+#include <QSet>
 #include <algorithm>
 #include <limits>
 #include <numeric>
@@ -242,7 +243,9 @@ void TDiagSimulator::Build(const TDiagObjectList& Blocks, const TDiagConnectList
 
     // Drivers: the first output on a net drives it; more are an error.
     std::vector<int32_t> driver(size_t(FNetCount), -1);
-    std::map<int32_t, std::vector<int32_t>> extra;
+    // (net, output) of every output beyond a net's first driver; a plain vector sorted with a
+    // lambda, as a std::map here would be exported with the library.
+    std::vector<std::pair<int32_t, int32_t>> extra;
     for (int32_t o = 0; o < nOut; ++o) {
         const int32_t n = netOfRoot[size_t(sets.Find(nIn + o))];
         FOutNetAll[size_t(o)] = n;
@@ -252,15 +255,18 @@ void TDiagSimulator::Build(const TDiagObjectList& Blocks, const TDiagConnectList
             driver[size_t(n)] = o;
             FOutNet[size_t(o)] = n;
         } else {
-            extra[n].push_back(o);
+            extra.emplace_back(n, o);
         }
     }
     auto outMarker = [&](int32_t o) {
         return o - FBlocks[size_t(FOutBlock[size_t(o)])].OutFirst + 1;
     };
-    for (const auto& [n, more] : extra) {
+    std::sort(extra.begin(), extra.end(), [](const auto& a, const auto& b) { return a < b; });
+    for (size_t e = 0; e < extra.size();) {
+        const int32_t n = extra[e].first;
         std::vector<int32_t> all{driver[size_t(n)]};
-        all.insert(all.end(), more.begin(), more.end());
+        for (; e < extra.size() && extra[e].first == n; ++e)
+            all.push_back(extra[e].second);
         TSimIssue is;
         is.IsError = true;
         is.Kind = TSimIssue::ikMultipleDrivers;
@@ -355,11 +361,16 @@ void TDiagSimulator::Build(const TDiagObjectList& Blocks, const TDiagConnectList
 
     // Names that two sources or two probes share.
     for (int kind = 0; kind < 2; ++kind) {
-        std::map<QString, std::vector<int>> byName;
+        std::vector<std::pair<QString, int>> byName;
         for (size_t b = 0; b < FBlocks.size(); ++b)
             if (FBlocks[b].Role == (kind == 0 ? rSource : rProbe))
-                byName[FBlocks[b].Name].push_back(int(b));
-        for (const auto& [name, bs] : byName) {
+                byName.emplace_back(FBlocks[b].Name, int(b));
+        std::sort(byName.begin(), byName.end(), [](const auto& a, const auto& b) { return a < b; });
+        for (size_t e = 0; e < byName.size();) {
+            const QString name = byName[e].first;
+            std::vector<int> bs;
+            for (; e < byName.size() && byName[e].first == name; ++e)
+                bs.push_back(byName[e].second);
             if (bs.size() < 2)
                 continue;
             TSimIssue is;
@@ -766,9 +777,9 @@ QStringList TDiagSimulator::ProbeNames() const {
 
 std::vector<TSimIssue> TDiagSimulator::Issues() const {
     std::vector<TSimIssue> all = FStatic;
-    std::map<QString, bool> sourceNames;
+    QSet<QString> sourceNames;
     for (int b : FSources)
-        sourceNames[FBlocks[size_t(b)].Name] = true;
+        sourceNames.insert(FBlocks[size_t(b)].Name);
     for (int b : FSources) {
         const QString& name = FBlocks[size_t(b)].Name;
         if (FStimuli.count(name))
@@ -781,7 +792,7 @@ std::vector<TSimIssue> TDiagSimulator::Issues() const {
         all.push_back(is);
     }
     for (const auto& [name, wave] : FStimuli) {
-        if (sourceNames.count(name))
+        if (sourceNames.contains(name))
             continue;
         TSimIssue is;
         is.Kind = TSimIssue::ikUnknownStimulus;

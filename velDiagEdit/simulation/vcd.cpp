@@ -1,7 +1,7 @@
 #include "velDiagEdit/simulation/vcd.h"
 
+#include <QSet>
 #include <algorithm>
-#include <set>
 
 namespace vde {
 
@@ -33,12 +33,12 @@ QByteArray SimRecordToVcd(const TSimRecord& Record, const QString& Scope) {
     out += "$version velDiagEdit simulation $end\n";
     out += "$timescale 1ns $end\n";
     out += "$scope module " + Identifier(Scope) + " $end\n";
-    std::set<QByteArray> used;
+    QSet<QByteArray> used;
     std::vector<QByteArray> codes;
     for (size_t i = 0; i < Record.Traces.size(); ++i) {
         const QByteArray base = Identifier(Record.Traces[i].Name);
         QByteArray name = base;
-        for (int n = 2; used.count(name); ++n)
+        for (int n = 2; used.contains(name); ++n)
             name = base + '_' + QByteArray::number(n);
         used.insert(name);
         codes.push_back(Code(i));
@@ -56,8 +56,8 @@ QByteArray SimRecordToVcd(const TSimRecord& Record, const QString& Scope) {
         for (const TSimChange& c : Record.Traces[i].Changes)
             if (c.Step > 0 && c.Step < Record.Steps)
                 events.emplace_back(c.Step, i);
-    std::stable_sort(events.begin(), events.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    // Traces were added in record order: ordering by (step, trace) keeps it within a step.
+    std::sort(events.begin(), events.end(), [](const auto& a, const auto& b) { return a < b; });
     int64_t at = 0;
     for (const auto& [step, i] : events) {
         if (step != at) {
