@@ -219,8 +219,8 @@ TRect TDiagObject::GetShapeRect() const {
     TRect r{half, half, WrapAdd(WrapSub(WrapAdd(half, width()), w), 1),
             WrapAdd(WrapSub(WrapAdd(half, height()), w), 1)};
     if (w == 0) {
-        --r.Right;
-        --r.Bottom;
+        r.Right = WrapSub(r.Right, 1);
+        r.Bottom = WrapSub(r.Bottom, 1);
     }
     return r;
 }
