@@ -877,6 +877,7 @@ TEST_F(Veldiag, DumpShowsForeignControlsAndTheSelection) {
 class VeldiagDb : public ::testing::TestWithParam<DbKind> {
 protected:
     void SetUp() override {
+        VDE_SKIP_WITHOUT_PG(GetParam());
         Db = std::make_unique<TestDatabase>(GetParam());
         ASSERT_TRUE(Db->Error().isEmpty()) << Db->Error().toStdString();
         TableName = Db->NewTableName(QStringLiteral("cli_config"));
