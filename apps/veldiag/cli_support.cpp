@@ -10,38 +10,6 @@
 
 namespace veldiag {
 
-QString ErrorTypeName(const std::exception& e) {
-    using namespace vde;
-    // Most derived first.
-    if (dynamic_cast<const EFormatError*>(&e))
-        return QStringLiteral("EFormatError");
-    if (dynamic_cast<const EFOpenError*>(&e))
-        return QStringLiteral("EFOpenError");
-    if (dynamic_cast<const EFCreateError*>(&e))
-        return QStringLiteral("EFCreateError");
-    if (dynamic_cast<const EReadError*>(&e))
-        return QStringLiteral("EReadError");
-    if (dynamic_cast<const EWriteError*>(&e))
-        return QStringLiteral("EWriteError");
-    if (dynamic_cast<const EStreamError*>(&e))
-        return QStringLiteral("EStreamError");
-    if (dynamic_cast<const EConvertError*>(&e))
-        return QStringLiteral("EConvertError");
-    if (dynamic_cast<const EListError*>(&e))
-        return QStringLiteral("EListError");
-    if (dynamic_cast<const EInvalidCast*>(&e))
-        return QStringLiteral("EInvalidCast");
-    if (dynamic_cast<const EComponentError*>(&e))
-        return QStringLiteral("EComponentError");
-    if (dynamic_cast<const EDatabaseError*>(&e))
-        return QStringLiteral("EDatabaseError");
-    if (dynamic_cast<const EInvalidOperation*>(&e))
-        return QStringLiteral("EInvalidOperation");
-    if (dynamic_cast<const Exception*>(&e))
-        return QStringLiteral("Exception");
-    return QStringLiteral("error");
-}
-
 QString ErrorWords(const std::exception& e) {
     using namespace vde;
     if (const auto* t = dynamic_cast<const ToolError*>(&e))

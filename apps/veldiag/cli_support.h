@@ -44,9 +44,7 @@ private:
     QString FLead, FMessage;
 };
 
-// The typed error's class name ("EFormatError", "EConvertError", ...) and its message; plain
-// standard exceptions give "error".
-QString ErrorTypeName(const std::exception& e);
+// The typed error's message; plain standard exceptions give their what().
 QString ErrorText(const std::exception& e);
 // What went wrong, in words, then the message: "not a diagram file: Invalid file format at byte
 // offset 0", "damaged diagram file: Block count 5 is larger than ...", "database error: ...". A
