@@ -78,8 +78,7 @@ int main(int argc, char** argv) {
             veldiag::Err(QStringLiteral("veldiag %1: %2").arg(name, e.Message()));
             return veldiag::kExitUsage;
         } catch (const std::exception& e) {
-            veldiag::Err(QStringLiteral("veldiag %1: %2: %3")
-                             .arg(name, veldiag::ErrorTypeName(e), veldiag::ErrorText(e)));
+            veldiag::Err(QStringLiteral("veldiag %1: %2").arg(name, veldiag::ErrorWords(e)));
             return veldiag::kExitFailed;
         }
     }
