@@ -9,6 +9,8 @@ export QT_QPA_PLATFORM=offscreen
 # A throwaway PostgreSQL server for the storage tests (VDE_PG_URL), removed on exit.
 pg_env=$(scripts/pg_test_server.sh start)
 eval "$pg_env"
+# Here the PostgreSQL cases must run: without a server they fail instead of being skipped.
+export VDE_REQUIRE_PG=1
 trap 'scripts/pg_test_server.sh stop "$VDE_PG_DIR"' EXIT
 
 total_pass=0

@@ -1,44 +1,45 @@
 #include "cli_support.h"
 
 #include <velDiagEdit/platform/errors.h>
+#include <velDiagEdit/simulation/stimuli.h>
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <cstdio>
 
 namespace veldiag {
 
-QString ErrorTypeName(const std::exception& e) {
+QString ErrorWords(const std::exception& e) {
     using namespace vde;
-    // Most derived first.
-    if (dynamic_cast<const EFormatError*>(&e))
-        return QStringLiteral("EFormatError");
-    if (dynamic_cast<const EFOpenError*>(&e))
-        return QStringLiteral("EFOpenError");
-    if (dynamic_cast<const EFCreateError*>(&e))
-        return QStringLiteral("EFCreateError");
-    if (dynamic_cast<const EReadError*>(&e))
-        return QStringLiteral("EReadError");
-    if (dynamic_cast<const EWriteError*>(&e))
-        return QStringLiteral("EWriteError");
-    if (dynamic_cast<const EStreamError*>(&e))
-        return QStringLiteral("EStreamError");
-    if (dynamic_cast<const EConvertError*>(&e))
-        return QStringLiteral("EConvertError");
-    if (dynamic_cast<const EListError*>(&e))
-        return QStringLiteral("EListError");
-    if (dynamic_cast<const EInvalidCast*>(&e))
-        return QStringLiteral("EInvalidCast");
-    if (dynamic_cast<const EComponentError*>(&e))
-        return QStringLiteral("EComponentError");
-    if (dynamic_cast<const EDatabaseError*>(&e))
-        return QStringLiteral("EDatabaseError");
-    if (dynamic_cast<const EInvalidOperation*>(&e))
-        return QStringLiteral("EInvalidOperation");
-    if (dynamic_cast<const Exception*>(&e))
-        return QStringLiteral("Exception");
-    return QStringLiteral("error");
+    if (const auto* t = dynamic_cast<const ToolError*>(&e))
+        return t->Lead() + QStringLiteral(": ") + t->Message();
+    QString lead;
+    if (const auto* f = dynamic_cast<const EFormatError*>(&e))
+        lead = f->Offset() == 0 ? QStringLiteral("not a diagram file")
+                                : QStringLiteral("damaged diagram file");
+    else if (dynamic_cast<const EFOpenError*>(&e))
+        lead = QStringLiteral("cannot read");
+    else if (dynamic_cast<const EFCreateError*>(&e) || dynamic_cast<const EWriteError*>(&e))
+        lead = QStringLiteral("cannot write");
+    else if (dynamic_cast<const EReadError*>(&e))
+        lead = QStringLiteral("damaged diagram file");
+    else if (dynamic_cast<const EStimulusError*>(&e))
+        lead = QStringLiteral("bad stimuli");
+    else if (dynamic_cast<const EConvertError*>(&e))
+        lead = QStringLiteral("bad value");
+    else if (dynamic_cast<const EDatabaseError*>(&e))
+        lead = QStringLiteral("database error");
+    else if (dynamic_cast<const EInvalidOperation*>(&e))
+        lead = QStringLiteral("refused");
+    else
+        lead = QStringLiteral("failed");
+    const QString text = ErrorText(e);
+    // "cannot read: Cannot open file ..." says it twice; the message alone is enough then.
+    if (text.startsWith(QStringLiteral("Cannot "), Qt::CaseInsensitive))
+        return text;
+    return lead + QStringLiteral(": ") + text;
 }
 
 QString ErrorText(const std::exception& e) {
@@ -86,6 +87,19 @@ void ParseCommand(QCommandLineParser& parser, const QStringList& args, int minPo
 }
 
 void WriteFileAtomically(const QString& fileName, const std::function<void(QIODevice&)>& write) {
+    if (fileName == QLatin1String("-")) {
+        // Standard output: what is written goes out as it comes; there is nothing to replace.
+        std::fflush(stdout);
+        QFile out;
+        if (!out.open(stdout, QIODevice::WriteOnly))
+            throw vde::EFCreateError(
+                QStringLiteral("Cannot write to standard output: %1").arg(out.errorString()));
+        write(out);
+        if (!out.flush())
+            throw vde::EWriteError(
+                QStringLiteral("Cannot write to standard output: %1").arg(out.errorString()));
+        return;
+    }
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly))
         throw vde::EFCreateError(

@@ -30,10 +30,26 @@ private:
     QString FMessage;
 };
 
-// The typed error's class name ("EFormatError", "EConvertError", ...) and its message; plain
-// standard exceptions give "error".
-QString ErrorTypeName(const std::exception& e);
+// An error of the tool itself, with the words that say what is wrong ("not a diagram file") and
+// the details.
+class ToolError : public std::exception {
+public:
+    ToolError(QString lead, QString message)
+        : FLead(std::move(lead)), FMessage(std::move(message)) {}
+    const QString& Lead() const { return FLead; }
+    const QString& Message() const { return FMessage; }
+    const char* what() const noexcept override { return "tool error"; }
+
+private:
+    QString FLead, FMessage;
+};
+
+// The typed error's message; plain standard exceptions give their what().
 QString ErrorText(const std::exception& e);
+// What went wrong, in words, then the message: "not a diagram file: Invalid file format at byte
+// offset 0", "damaged diagram file: Block count 5 is larger than ...", "database error: ...". A
+// message that already says it ("Cannot open file ...") stands alone.
+QString ErrorWords(const std::exception& e);
 
 // Lines on stdout and stderr (UTF-8, one line each).
 void Out(const QString& line);

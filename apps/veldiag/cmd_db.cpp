@@ -8,10 +8,12 @@
 #include "diagram_surface.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <algorithm>
 
 namespace veldiag {
@@ -40,36 +42,83 @@ struct DbOptions {
     void AddTo(QCommandLineParser& p) const { p.addOptions({Database, Table, Tab, Suffix}); }
 };
 
-// An open connection and the table, for the lifetime of one command.
-class Table {
+// The database of the command line, its table name and the tab; checked before anything opens.
+struct Target {
+    vde::TDatabaseUrl Url;
+    QString TableName;
+    QString Tab;
+    QString Suffix;
+};
+
+Target TargetOf(const QCommandLineParser& p, const DbOptions& o) {
+    if (!p.isSet(o.Database))
+        throw UsageError(QStringLiteral("no database given (--database URL)"));
+    Target t;
+    t.Url = vde::ParseDatabaseUrl(p.value(o.Database));
+    t.TableName = p.isSet(o.Table) ? p.value(o.Table) : t.Url.TableName;
+    if (t.TableName.isEmpty())
+        t.TableName = QStringLiteral("Config");
+    t.Tab = p.value(o.Tab);
+    // "|" separates the key values of a record: the library refuses such a tab.
+    if (t.Tab.contains(QLatin1Char('|')))
+        throw UsageError(QStringLiteral("tab name \"%1\" holds \"|\"").arg(t.Tab));
+    t.Suffix = p.value(o.Suffix);
+    return t;
+}
+
+bool IsSqlite(const vde::TDatabaseUrl& url) {
+    return url.Driver == QLatin1String("QSQLITE");
+}
+
+// An open connection, for the lifetime of one command. SQLite makes a missing file on opening:
+// only a command that creates (db init) may open one, and if that command fails the file it made
+// goes again.
+class Connection {
 public:
-    Table(const QCommandLineParser& p, const DbOptions& o) {
-        if (!p.isSet(o.Database))
-            throw UsageError(QStringLiteral("no database given (--database URL)"));
-        const vde::TDatabaseUrl url = vde::ParseDatabaseUrl(p.value(o.Database));
-        QString table = p.isSet(o.Table) ? p.value(o.Table) : url.TableName;
-        if (table.isEmpty())
-            table = QStringLiteral("Config");
-        {
-            QSqlDatabase db = vde::AddDatabase(url, kConnection);
-            if (!db.open())
-                throw vde::EDatabaseError(
-                    QStringLiteral("Cannot open the database: %1").arg(db.lastError().text()));
+    Connection(const vde::TDatabaseUrl& url, bool mayCreate) {
+        if (IsSqlite(url) && !QFileInfo::exists(url.DatabaseName)) {
+            if (!mayCreate)
+                throw ToolError(QStringLiteral("no database"),
+                                QStringLiteral("there is no SQLite file \"%1\" (make one with "
+                                               "\"veldiag db init --database sqlite:%1\")")
+                                    .arg(url.DatabaseName));
+            FMadeFile = url.DatabaseName;
         }
-        FData = std::make_unique<vde::TDataSet>(kConnection, table);
-        FData->Open();
-        vde::SetDataFieldSuffix(p.value(o.Suffix));
-        FTab = p.value(o.Tab);
+        QSqlDatabase db = vde::AddDatabase(url, kConnection);
+        if (!db.open())
+            throw vde::EDatabaseError(
+                QStringLiteral("Cannot open the database: %1").arg(db.lastError().text()));
     }
-    ~Table() {
-        FData.reset();
+    ~Connection() {
         {
             QSqlDatabase db = QSqlDatabase::database(kConnection, false);
             if (db.isOpen())
                 db.close();
         }
         QSqlDatabase::removeDatabase(kConnection);
+        if (!FMadeFile.isEmpty() && !FDone)
+            QFile::remove(FMadeFile);
     }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    // The command succeeded: a file it made stays.
+    void Done() { FDone = true; }
+
+private:
+    QString FMadeFile;
+    bool FDone = false;
+};
+
+// An open connection and the table, for the lifetime of one command.
+class Table {
+public:
+    explicit Table(const Target& target) : FConnection(target.Url, false) {
+        FData = std::make_unique<vde::TDataSet>(kConnection, target.TableName);
+        FData->Open();
+        vde::SetDataFieldSuffix(target.Suffix);
+        FTab = target.Tab;
+    }
+    ~Table() { FData.reset(); }
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
 
@@ -94,6 +143,7 @@ public:
     }
 
 private:
+    Connection FConnection;
     std::unique_ptr<vde::TDataSet> FData;
     QString FTab;
 };
@@ -123,7 +173,7 @@ int Get(const QStringList& args) {
     ParseCommand(parser, args, 2, 2);
     const QString name = parser.positionalArguments().at(0);
     CheckName(name);
-    Table t(parser, o);
+    Table t(TargetOf(parser, o));
     const auto [fields, values] = t.Keys(name);
     vde::TField& field = t.DataField();
     if (!t.Data().Locate(fields, Values(values)))
@@ -154,6 +204,7 @@ int Put(const QStringList& args) {
     const QString file = parser.positionalArguments().at(0);
     const QString name = parser.positionalArguments().at(1);
     CheckName(name);
+    const Target target = TargetOf(parser, o);
     QByteArray data;
     {
         DiagramSurface surface;
@@ -169,7 +220,7 @@ int Put(const QStringList& args) {
             data = surface.SaveBinary();
         }
     }
-    Table t(parser, o);
+    Table t(target);
     const auto [fields, values] = t.Keys(name);
     vde::TField& field = t.DataField();
     vde::TMemoryStream stream(std::vector<uint8_t>(data.begin(), data.end()));
@@ -186,7 +237,7 @@ int List(const QStringList& args) {
         "size of their data in bytes."));
     o.AddTo(parser);
     ParseCommand(parser, args, 0, 0);
-    Table t(parser, o);
+    Table t(TargetOf(parser, o));
     vde::TDataSet& d = t.Data();
     vde::TField* section = d.FindField(QStringLiteral("Section"));
     vde::TField* key = d.FindField(QStringLiteral("Key"));
@@ -226,6 +277,58 @@ int List(const QStringList& args) {
     return kExitOk;
 }
 
+int Init(const QStringList& args) {
+    QCommandLineParser parser;
+    DbOptions o;
+    parser.setApplicationDescription(QStringLiteral(
+        "Creates the configuration table (Config unless --table or the URL's ?table= names "
+        "another) with an integer primary key id, Section and Key (text, unique together) and "
+        "the data column BinData, or BinData_SUFFIX: the layout docs/storage.md gives. A SQLite "
+        "file is made when missing, and removed again if the table cannot be made. A table that "
+        "exists already is left as it is when it has those columns."));
+    o.AddTo(parser);
+    ParseCommand(parser, args, 0, 0);
+    const Target target = TargetOf(parser, o);
+    Connection connection(target.Url, true);
+    QSqlDatabase db = QSqlDatabase::database(kConnection, false);
+    QSqlDriver* drv = db.driver();
+    const auto q = [drv](const QString& n, QSqlDriver::IdentifierType type) {
+        return drv->escapeIdentifier(n, type);
+    };
+    const QString dataColumn = target.Suffix.isEmpty() ? QStringLiteral("BinData")
+                                                       : QStringLiteral("BinData_") + target.Suffix;
+    const QStringList wanted = {QStringLiteral("id"), QStringLiteral("Section"),
+                                QStringLiteral("Key"), dataColumn};
+    if (db.tables().contains(target.TableName)) {
+        const QSqlRecord have = db.record(target.TableName);
+        for (const QString& column : wanted)
+            if (have.indexOf(column) < 0)
+                throw vde::EDatabaseError(
+                    QStringLiteral("Table \"%1\" exists already, without the column \"%2\"")
+                        .arg(target.TableName, column));
+        connection.Done();
+        Err(QStringLiteral("veldiag db init: table \"%1\" exists already with its columns; "
+                           "nothing changed")
+                .arg(target.TableName));
+        return kExitOk;
+    }
+    const bool sqlite = IsSqlite(target.Url);
+    const QString sql =
+        QStringLiteral("CREATE TABLE %1 (%2 %3 PRIMARY KEY, %4 TEXT NOT NULL, %5 TEXT NOT NULL, "
+                       "%6 %7, UNIQUE (%4, %5))")
+            .arg(q(target.TableName, QSqlDriver::TableName), q(wanted[0], QSqlDriver::FieldName),
+                 sqlite ? QStringLiteral("INTEGER") : QStringLiteral("SERIAL"),
+                 q(wanted[1], QSqlDriver::FieldName), q(wanted[2], QSqlDriver::FieldName),
+                 q(wanted[3], QSqlDriver::FieldName),
+                 sqlite ? QStringLiteral("BLOB") : QStringLiteral("BYTEA"));
+    QSqlQuery query(db);
+    if (!query.exec(sql))
+        throw vde::EDatabaseError(QStringLiteral("Cannot create table \"%1\": %2")
+                                      .arg(target.TableName, query.lastError().text()));
+    connection.Done();
+    return kExitOk;
+}
+
 } // namespace
 
 int RunDb(const QStringList& args) {
@@ -238,14 +341,17 @@ int RunDb(const QStringList& args) {
         return Put(rest);
     if (sub == QLatin1String("list"))
         return List(rest);
+    if (sub == QLatin1String("init"))
+        return Init(rest);
     if (sub == QLatin1String("--help") || sub == QLatin1String("-h")) {
         Out(QStringLiteral(
-            "Usage: veldiag db get|put|list --database URL [options] ...\n"
+            "Usage: veldiag db init|get|put|list --database URL [options] ...\n"
             "\n"
             "Copies diagrams between files and a configuration table, keyed as the library's\n"
             "table storage keys them (Section = frmMain.<tab>.<name>, Key = DiagramChart, the\n"
             "data in BinData or BinData_<suffix>).\n"
             "\n"
+            "  init            create the table (and a SQLite file) if there is none\n"
             "  get NAME OUT    write the stored diagram NAME into the file OUT\n"
             "  put FILE NAME   store the diagram file FILE as NAME\n"
             "  list            list the diagrams of the tab\n"
@@ -253,9 +359,10 @@ int RunDb(const QStringList& args) {
             "'veldiag db <subcommand> --help' describes a subcommand."));
         return kExitOk;
     }
-    throw UsageError(sub.isEmpty()
-                         ? QStringLiteral("missing subcommand: get, put or list")
-                         : QStringLiteral("unknown subcommand \"%1\": get, put or list").arg(sub));
+    throw UsageError(
+        sub.isEmpty()
+            ? QStringLiteral("missing subcommand: init, get, put or list")
+            : QStringLiteral("unknown subcommand \"%1\": init, get, put or list").arg(sub));
 }
 
 } // namespace veldiag

@@ -133,6 +133,9 @@ void Paint(QPainter& p, DiagramSurface& s, const Frame& f, const QColor& backgro
 enum class Format { Png, Svg, Pdf };
 
 Format FormatOf(const QString& fileName, const QString& forced) {
+    // Standard output has no extension: PNG unless --format says otherwise.
+    if (forced.isEmpty() && fileName == QLatin1String("-"))
+        return Format::Png;
     const QString f = forced.isEmpty() ? QFileInfo(fileName).suffix().toLower() : forced.toLower();
     if (f == QLatin1String("png"))
         return Format::Png;
@@ -157,7 +160,9 @@ int RunRender(const QStringList& args) {
         "complete."));
     parser.addPositionalArgument(QStringLiteral("DIAGRAM"), QStringLiteral("The diagram file."));
     const QCommandLineOption output({QStringLiteral("o"), QStringLiteral("output")},
-                                    QStringLiteral("The picture to write: .png, .svg or .pdf."),
+                                    QStringLiteral("The picture to write: .png, .svg or .pdf; "
+                                                   "\"-\" writes it to standard output (PNG "
+                                                   "unless --format says)."),
                                     QStringLiteral("OUT"));
     const QCommandLineOption format(QStringLiteral("format"),
                                     QStringLiteral("png, svg or pdf, whatever OUT's extension."),
@@ -175,7 +180,12 @@ int RunRender(const QStringList& args) {
         QStringLiteral("Background colour: a name (white), #RRGGBB, #AARRGGBB or "
                        "\"transparent\" (default white)."),
         QStringLiteral("COLOR"), QStringLiteral("white"));
-    parser.addOptions({output, format, scale, margin, background});
+    const QCommandLineOption selection(
+        QStringLiteral("selection"),
+        QStringLiteral("Draw the editing selection stored in the diagram (the selected block's "
+                       "frame, the selected wire segment), as the editor shows it; without "
+                       "this option the picture shows no selection."));
+    parser.addOptions({output, format, scale, margin, background, selection});
     ParseCommand(parser, args, 1, 1);
 
     const QString in = parser.positionalArguments().at(0);
@@ -199,6 +209,8 @@ int RunRender(const QStringList& args) {
 
     DiagramSurface surface;
     surface.LoadFile(in);
+    if (!parser.isSet(selection))
+        surface.ClearSelection();
     const Frame frame = FrameFor(surface, mg, sc);
 
     switch (fmt) {

@@ -11,5 +11,6 @@ int RunConvert(const QStringList& args);
 int RunValidate(const QStringList& args);
 int RunDump(const QStringList& args);
 int RunDb(const QStringList& args);
+int RunSimulate(const QStringList& args);
 
 } // namespace veldiag

@@ -184,6 +184,18 @@ QByteArray DiagramSurface::SaveBinary() {
     return QByteArray(reinterpret_cast<const char*>(s.Memory()), qsizetype(s.Bytes().size()));
 }
 
+void DiagramSurface::ClearSelection() {
+    vde::TDiagContainer& dc = *FContainer;
+    if (dc.ObjList)
+        dc.ObjList->DeselectAll(nullptr);
+    if (dc.ConList)
+        for (int i = 0; i < dc.ConList->Count(); ++i)
+            if (vde::TDiagConnection* c = dc.ConList->Items(i))
+                c->SetSelectedIndex(-1);
+    dc.SelObj = nullptr;
+    dc.SelInfo = vde::LongRec{};
+}
+
 std::vector<StoredControl> DiagramSurface::Controls() const {
     std::vector<StoredControl> out;
     for (QWidget* w : FStandIns) {

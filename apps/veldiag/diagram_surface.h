@@ -48,6 +48,9 @@ public:
     void LoadFile(const QString& fileName) { LoadFile(fileName, FormByExtension(fileName)); }
 
     QByteArray SaveBinary();
+    // Takes the stored editing selection off: no block selected (no red frame), no wire segment
+    // selected (no coloured segment). The container's selection words are cleared too.
+    void ClearSelection();
 
     vde::TDiagContainer& Container() { return *FContainer; }
     QWidget& Panel() { return *FPanel; }

@@ -1,6 +1,7 @@
 // veldiag: diagrams from the command line. Renders them to pictures, converts between the binary
-// and the text form, validates, dumps their content and copies them to and from a database
-// table. It never needs a display: the offscreen platform is used unless the caller chose one.
+// and the text form, validates, dumps their content, copies them to and from a database
+// table and simulates their circuits. It never needs a display: the offscreen platform is used
+// unless the caller chose one.
 #include "cli_support.h"
 #include "commands.h"
 
@@ -25,6 +26,8 @@ const Command kCommands[] = {
     {"validate", veldiag::RunValidate, "load diagram files and report OK or the error"},
     {"dump", veldiag::RunDump, "print a diagram's whole content, readable or as JSON"},
     {"db", veldiag::RunDb, "copy diagrams between files and a configuration table"},
+    {"simulate", veldiag::RunSimulate,
+     "run a diagram's circuit on stimuli; write its timing chart or a VCD"},
 };
 
 void PrintUsage(std::FILE* to) {
@@ -75,8 +78,7 @@ int main(int argc, char** argv) {
             veldiag::Err(QStringLiteral("veldiag %1: %2").arg(name, e.Message()));
             return veldiag::kExitUsage;
         } catch (const std::exception& e) {
-            veldiag::Err(QStringLiteral("veldiag %1: %2: %3")
-                             .arg(name, veldiag::ErrorTypeName(e), veldiag::ErrorText(e)));
+            veldiag::Err(QStringLiteral("veldiag %1: %2").arg(name, veldiag::ErrorWords(e)));
             return veldiag::kExitFailed;
         }
     }

@@ -23,7 +23,7 @@ protected:
         return rec.Strings();
     }
     static QString TextOp(const TDiagLabel& l, int h, const QString& brush = "$C0C0C0") {
-        return QStringLiteral("Text %1,%2 \"%3\" h%4 c$FF000008 b%5")
+        return QStringLiteral("Text %1,%2 \"%3\" h%4 c$000000 b%5")
             .arg(l.Start.X)
             .arg(l.Start.Y)
             .arg(l.Text)
@@ -250,7 +250,7 @@ TEST_F(BlockPaintTest, PaintOrderIsMainPaintSegmentsLabelsInputsOutputs) {
                                "Rect 0,0,60,40 w1 c$0000FF b$FF00000F",
                                "MoveTo 1,1",
                                "Line 1,1 5,5 w1 c$0000FF",
-                               "Text 3,4 \"L\" h26 c$FF000008 b$FF00000F",
+                               "Text 3,4 \"L\" h26 c$000000 b$FF00000F",
                                "MoveTo 0,20",
                                "Line 0,20 8,20 w2 c$000000",
                                "MoveTo 59,20",

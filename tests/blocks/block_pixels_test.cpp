@@ -3,7 +3,9 @@
 #include "blocks/block_test_util.h"
 #include "velDiagEdit/blocks/diag_rs_trigger.h"
 #include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/platform/colors.h"
 
+#include <QGuiApplication>
 #include <QPalette>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -163,6 +165,35 @@ TEST_P(BlockPixelsTest, LabelTextDrawsGlyphsOnTheBodyColour) {
             }
         EXPECT_GT(dark, 0) << l.Text.toStdString();
         EXPECT_GT(body, dark) << l.Text.toStdString();
+    }
+}
+
+TEST_P(BlockPixelsTest, LabelTextStaysDarkOnTheBodyUnderADarkPalette) {
+    // A dark desktop: window text is near white. The body keeps its fixed light grey, so text
+    // in the palette's colour would vanish on it.
+    const QPalette before = QGuiApplication::palette();
+    QPalette night = before;
+    for (QPalette::ColorRole role : {QPalette::Text, QPalette::WindowText})
+        night.setColor(role, QColor(0xF0, 0xF0, 0xF0));
+    QGuiApplication::setPalette(night);
+    ASSERT_EQ(ColorToRGB(clWindowText), 0xF0F0F0u);
+    TDiagText* o = MakeBlock();
+    const QImage img = Render();
+    QGuiApplication::setPalette(before);
+    ASSERT_FALSE(o->FLabels.empty());
+    for (const auto& l : o->FLabels) {
+        const TRect c = LabelCell(o, l);
+        int dark = 0, light = 0;
+        for (int yy = c.Top; yy < c.Bottom; ++yy)
+            for (int xx = c.Left; xx < c.Right; ++xx) {
+                const TColor p = Px(img, xx, yy);
+                if ((p & 0xFF) < 0x60 && ((p >> 8) & 0xFF) < 0x60 && (p >> 16) < 0x60)
+                    ++dark;
+                else if ((p & 0xFF) > 0xE0 && ((p >> 8) & 0xFF) > 0xE0 && (p >> 16) > 0xE0)
+                    ++light;
+            }
+        EXPECT_GT(dark, 0) << l.Text.toStdString();
+        EXPECT_EQ(light, 0) << l.Text.toStdString();
     }
 }
 

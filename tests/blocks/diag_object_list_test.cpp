@@ -180,22 +180,66 @@ TEST_F(DiagObjectListTest, ClearStartsNewKeysAgainFromOne) {
     EXPECT_EQ(List.CreateObjByDiagType(doText, {0, 0, 50, 50})->GetObjKey(), 1u);
 }
 
-TEST_F(DiagObjectListTest, DuplicateKeyInAStreamIsAFormatErrorAtTheSecondKey) {
+int gBlockWarnings = 0;
+
+void CountBlockWarnings(QtMsgType type, const QMessageLogContext& ctx, const QString&) {
+    if (type == QtWarningMsg && QByteArray(ctx.category) == "veldiagedit.blocks")
+        ++gBlockWarnings;
+}
+
+TEST_F(DiagObjectListTest, BlocksSharingAKeyAllLoadAndTheKeyFindsTheEarliest) {
     for (TObjKey key : {TObjKey(5), TObjKey(0)}) {
         SCOPED_TRACE(key);
-        TMemoryStream s(TextBlocksWithKeys({key, 9, key}));
+        // Blocks 2 and 4 share key with block 0, block 3 with block 1.
+        TMemoryStream s(TextBlocksWithKeys({key, 9, key, 9, key}));
         int events = 0;
-        try {
-            List.LoadFromStream(s, [&events](QObject*) { ++events; });
-            ADD_FAILURE() << "no error";
-        } catch (const EFormatError& e) {
-            // Count (4) and two records of 37 bytes; the key is the record's last 4 bytes.
-            EXPECT_EQ(e.Offset(), 4 + 2 * 37 + 33);
-        }
-        ASSERT_EQ(List.Count(), 2);
-        EXPECT_EQ(events, 2);
+        gBlockWarnings = 0;
+        const QtMessageHandler old = qInstallMessageHandler(CountBlockWarnings);
+        List.LoadFromStream(s, [&events](QObject*) { ++events; });
+        qInstallMessageHandler(old);
+        ASSERT_EQ(List.Count(), 5);
+        EXPECT_EQ(events, 5);
+        for (int i : {0, 2, 4})
+            EXPECT_EQ(List[i]->GetObjKey(), key);
         EXPECT_EQ(List.FindObjByKey(key), List[0]);
+        EXPECT_EQ(List.FindObjByKey(9), List[1]);
+        // One summary line for three blocks whose key an earlier block holds.
+        EXPECT_EQ(gBlockWarnings, 1);
+        ASSERT_EQ(List.Warnings().size(), 1);
+        EXPECT_TRUE(List.Warnings()[0].startsWith(QStringLiteral("3 blocks")))
+            << List.Warnings()[0].toStdString();
+        EXPECT_TRUE(List.Warnings()[0].contains(QStringLiteral("block 2")));
     }
+}
+
+TEST_F(DiagObjectListTest, TheEarliestHolderOfASharedKeyGoneTheNextOneIsFound) {
+    TMemoryStream s(TextBlocksWithKeys({7, 8, 7}));
+    List.LoadFromStream(s, [](QObject*) {});
+    TDiagObject* third = List[2];
+    List.DeleteObject(List[0], true);
+    EXPECT_EQ(List.FindObjByKey(7), third);
+}
+
+TEST_F(DiagObjectListTest, NewBlocksAfterALoadWithSharedKeysTakeKeysOfTheirOwn) {
+    TMemoryStream s(TextBlocksWithKeys({1, 2, 1, 3}));
+    List.LoadFromStream(s, [](QObject*) {});
+    std::set<TObjKey> made;
+    for (int i = 0; i < 3; ++i) {
+        const TObjKey k = List.CreateObjByDiagType(doText, {0, 0, 50, 50})->GetObjKey();
+        EXPECT_TRUE(k != 1 && k != 2 && k != 3 && k != 0) << k;
+        made.insert(k);
+    }
+    EXPECT_EQ(made.size(), 3u);
+}
+
+TEST_F(DiagObjectListTest, ALoadWithoutSharedKeysWarnsNothing) {
+    TMemoryStream s(TextBlocksWithKeys({1, 2, 3}));
+    gBlockWarnings = 0;
+    const QtMessageHandler old = qInstallMessageHandler(CountBlockWarnings);
+    List.LoadFromStream(s, [](QObject*) {});
+    qInstallMessageHandler(old);
+    EXPECT_EQ(gBlockWarnings, 0);
+    EXPECT_TRUE(List.Warnings().isEmpty());
 }
 
 TEST_F(DiagObjectListTest, FindObjByKeyFollowsSetObjKey) {

@@ -157,3 +157,35 @@ TEST_F(HostileBlocks, AddGivesABlockWhoseKeyIsTakenANewOne) {
     EXPECT_EQ(List.FindObjByKey(stranger->GetObjKey()), stranger);
     EXPECT_EQ(List.FindObjByKey(1), first);
 }
+
+TEST_F(HostileBlocks, LabelPlacedPastTheLargestIntWrapsAround) {
+    TDiagObject* b = NewBase(0, 0, 60, 40);
+    TDiagLabel l{{0, 0}, QString(), 12};
+    // The empty text measures 0 wide: a fixed offset of 100 from INT32_MAX - 10 ends 89 past
+    // the lowest int.
+    b->AlignHoriz = 100;
+    b->AlignVert = 5;
+    b->AlignLabelInRect({INT32_MAX - 10, INT32_MAX - 2, INT32_MAX, INT32_MAX}, l);
+    EXPECT_EQ(l.Start.X, INT32_MIN + 89);
+    EXPECT_EQ(l.Start.Y, INT32_MIN + 2);
+}
+
+TEST_F(HostileBlocks, RegionLabelPlacedPastTheLargestIntWrapsAround) {
+    TDiagObject* b = NewBase(0, 0, 60, 40);
+    TDiagLabel l{{0, 0}, QString(), 12};
+    // Width 10 and text width 0: a fraction of 3 puts the text 30 right of INT32_MAX - 10.
+    b->AlignLabelInRectFloat({INT32_MAX - 10, 0, INT32_MAX, 40}, l, 3.0, 0.0);
+    EXPECT_EQ(l.Start.X, INT32_MIN + 19);
+    EXPECT_EQ(l.Start.Y, 0);
+}
+
+TEST_F(HostileBlocks, RSFlipFlopWithTheLargestDeltaWidthShiftsWithDefinedRegions) {
+    TDiagObject* r = List.CreateObjByDiagType(doRSTrigger, {0, 0, 100, 200});
+    r->SetDeltaWidth(INT32_MAX);
+    r->ShiftByDelta({5, 7});
+    EXPECT_EQ(r->x(), 5);
+    // Pen 2: the frame's left is 1, so the body's left is 1 + INT32_MAX, the lowest int.
+    ASSERT_GE(r->FRegions.size(), 3u);
+    EXPECT_EQ(r->FRegions[0].R.Left, INT32_MIN);
+    EXPECT_EQ(r->FRegions[1].R.Left, INT32_MIN);
+}

@@ -26,6 +26,7 @@ TBytes FromText(const char* s) {
 class BinUtilsTest : public ::testing::TestWithParam<DbKind> {
 protected:
     void SetUp() override {
+        VDE_SKIP_WITHOUT_PG(GetParam());
         FDb = std::make_unique<TestDatabase>(GetParam());
         if (!FDb->Error().isEmpty())
             FAIL() << FDb->Error().toStdString();
@@ -438,6 +439,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, BinUtilsTest,
                          vde::test::DbKindName());
 
 TEST(BinUtilsServerOutage, ASaveWhileTheServerIsDownRaisesAndTheSameSaveWorksLater) {
+    VDE_SKIP_WITHOUT_PG(DbKind::PostgreSQL);
     vde::test::PrivatePgServer server;
     ASSERT_TRUE(server.Error().isEmpty()) << server.Error().toStdString();
     TestDatabase db(DbKind::PostgreSQL, server.Url());

@@ -63,6 +63,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(dir.isValid());
         SetDataFieldSuffix(QString());
+        VDE_SKIP_WITHOUT_PG(GetParam());
         db = std::make_unique<TestDatabase>(GetParam());
         if (!db->Error().isEmpty())
             FAIL() << db->Error().toStdString();
@@ -669,6 +670,7 @@ TEST_P(TableActionsTest, TwoModulesOnTwoConnectionsSavingIntoOneTableLoseNothing
 // The server stopped between a load and a save: a typed error, the diagram kept, and the same
 // save succeeding once the server is back.
 TEST(TableActionsOutage, ASaveWhileThePostgreSQLServerIsDownRaisesAndSucceedsLater) {
+    VDE_SKIP_WITHOUT_PG(DbKind::PostgreSQL);
     if (qEnvironmentVariableIsEmpty("VDE_PG_URL"))
         FAIL() << MissingServerMessage().toStdString();
     PrivatePgServer server;

@@ -1,5 +1,7 @@
 #include "common/db_test_util.h"
 
+#include <cstdio>
+
 #include "velDiagEdit/platform/dataset.h"
 
 #include <QAtomicInteger>
@@ -55,12 +57,31 @@ QStringList HostileValues() {
 QString MissingServerMessage() {
     const bool ci = !qEnvironmentVariableIsEmpty("CI");
     return QStringLiteral(
-               "No PostgreSQL server for the storage tests%1: VDE_PG_URL is not set. ./test.sh "
-               "starts a throwaway server by itself; to run the tests by hand start one with\n"
+               "No PostgreSQL server for the storage tests%1: VDE_PG_URL is not set, and "
+               "VDE_REQUIRE_PG says one is needed. ./test.sh starts a throwaway server by "
+               "itself; to run the tests by hand start one with\n"
                "  eval \"$(scripts/pg_test_server.sh start)\"\n"
                "(needs the Debian package postgresql) and stop it afterwards with\n"
-               "  scripts/pg_test_server.sh stop")
+               "  scripts/pg_test_server.sh stop \"$VDE_PG_DIR\"")
         .arg(ci ? QStringLiteral(" under CI") : QString());
+}
+
+bool SkipPostgreSQL() {
+    if (!qEnvironmentVariableIsEmpty("VDE_PG_URL") ||
+        !qEnvironmentVariableIsEmpty("VDE_REQUIRE_PG"))
+        return false;
+    static bool told = false;
+    if (!told) {
+        told = true;
+        std::fprintf(stderr,
+                     "Note: the PostgreSQL cases are skipped: VDE_PG_URL is not set. ./test.sh "
+                     "starts a throwaway server by itself; to run them by hand start one with\n"
+                     "  eval \"$(scripts/pg_test_server.sh start)\"\n"
+                     "(needs the Debian package postgresql), and stop it afterwards with\n"
+                     "  scripts/pg_test_server.sh stop \"$VDE_PG_DIR\"\n"
+                     "Set VDE_REQUIRE_PG=1 to make a missing server fail them instead.\n");
+    }
+    return true;
 }
 
 TestDatabase::TestDatabase(DbKind kind, const QString& pgUrl)

@@ -1,12 +1,13 @@
 #pragma once
 // Databases for the storage tests: SQLite in a temporary file, or the PostgreSQL server named by
-// VDE_PG_URL (./test.sh starts a throwaway one). A missing server is a failure that says how to
-// get one, never a skip.
+// VDE_PG_URL (./test.sh starts a throwaway one and sets VDE_REQUIRE_PG). Without VDE_PG_URL the
+// PostgreSQL cases fail when VDE_REQUIRE_PG is set, and are skipped with one notice otherwise.
 
 #include <QSqlDatabase>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <gtest/gtest.h>
 #include <memory>
 #include <ostream>
 
@@ -30,8 +31,20 @@ struct DbKindName {
 // None holds "|".
 QStringList HostileValues();
 
-// The message a test fails with when VDE_PG_URL is not set.
+// The message a test fails with when VDE_PG_URL is not set but VDE_REQUIRE_PG is (./test.sh
+// sets it: there the server must be there).
 QString MissingServerMessage();
+
+// True when the PostgreSQL cases are to be skipped: VDE_PG_URL is not set and VDE_REQUIRE_PG is
+// not set either (tests run by hand without a server). The first call of a process that skips
+// prints one notice saying how to start a server.
+bool SkipPostgreSQL();
+
+// At the start of a PostgreSQL case (or of a fixture's SetUp for kind `kind`): skips it when
+// SkipPostgreSQL() says so.
+#define VDE_SKIP_WITHOUT_PG(kind)                                                                  \
+    if ((kind) == ::vde::test::DbKind::PostgreSQL && ::vde::test::SkipPostgreSQL())                \
+    GTEST_SKIP() << "no PostgreSQL server: VDE_PG_URL is not set"
 
 // One connection (a unique name) to a database of the given kind; tables made through it are
 // dropped again at the end.

@@ -314,3 +314,47 @@ TEST_F(EditorFixture, DestroyingTheContainerUnhooksTheParent) {
     // A repaint of the parent after the container went calls nothing of it.
     EXPECT_FALSE(Render().isNull());
 }
+
+TEST_F(EditorFixture, FreeingOneOfTwoContainersOnAPanelLeavesTheOthersHandlers) {
+    dc->FDesignMode = true;
+    dc->AssignContextMenus(&menuConnections, &menuObjects);
+    // A second container on the same panel hooks the panel after the first.
+    TCanvas canvas2;
+    canvas2.SetHandle(&panel);
+    auto second = std::make_unique<TDiagContainer>(&panel, &canvas2, nullptr);
+    second->FDesignMode = true;
+    second->AssignContextMenus(&menuConnections, &menuObjects);
+    TDiagObject* a = second->CreateObjByDiagType(doAndLogic, {20, 20, 80, 120});
+    TDiagObject* b = second->CreateObjByDiagType(doOrLogic, {200, 20, 260, 120});
+    new TDiagObjConnection(second->ConList.get(), a, 1, b, -1, {15, 12}, 0, 0, 0);
+    a->hide();
+    b->hide();
+    // Freeing the first container must not take the second's handlers off the panel.
+    dc.reset();
+    ASSERT_TRUE(HasPaintHandler(&panel));
+    ASSERT_TRUE(bool(GetMouseHandlers(&panel).OnMouseUp));
+    // The wire of the second container still reaches the panel's pixels: its paint handler is
+    // the one that runs.
+    const QImage img = Render();
+    int black = 0;
+    for (int y = 0; y < img.height(); ++y)
+        for (int x = 0; x < img.width(); ++x)
+            black += (img.pixel(x, y) & 0xFFFFFF) == 0;
+    EXPECT_GT(black, 0);
+    // Freeing the second, the last one hooked, takes its handlers off.
+    second.reset();
+    EXPECT_FALSE(HasPaintHandler(&panel));
+    EXPECT_FALSE(bool(GetMouseHandlers(&panel).OnMouseUp));
+}
+
+TEST_F(EditorFixture, FreeingTheContainerThatHookedLastLeavesNothingOfEitherBehind) {
+    TCanvas canvas2;
+    canvas2.SetHandle(&panel);
+    auto second = std::make_unique<TDiagContainer>(&panel, &canvas2, nullptr);
+    second.reset();
+    // The first container's hook was replaced by the second's, which is gone with it.
+    EXPECT_FALSE(HasPaintHandler(&panel));
+    dc.reset();
+    EXPECT_FALSE(HasPaintHandler(&panel));
+    EXPECT_FALSE(Render().isNull());
+}

@@ -183,6 +183,58 @@ TEST_F(PersistenceStream, LoadReplacesBlocksAndConnectionsAndRestoresBothSelecti
     EXPECT_EQ(Saved(*dc), original);
 }
 
+TEST_F(PersistenceStream, LoadKeepsTheListObjectsAHostHolds) {
+    QWidget otherPanel;
+    TCanvas otherCanvas;
+    otherCanvas.SetHandle(&otherPanel);
+    TDiagContainer source(&otherPanel, &otherCanvas, nullptr);
+    BuildSmallDiagram(source);
+    TMemoryStream s;
+    source.SaveToStream(s);
+    dc->CreateObjByDiagType(doText, {0, 200, 40, 240});
+    TDiagObjectList* blocks = dc->ObjList.get();
+    TDiagConnectList* wires = dc->ConList.get();
+    s.SetPosition(0);
+    dc->LoadFromStream(s);
+    EXPECT_EQ(dc->ObjList.get(), blocks);
+    EXPECT_EQ(dc->ConList.get(), wires);
+    // Through the held pointer the host sees the loaded diagram, owned by that list.
+    ASSERT_EQ(blocks->Count(), 2);
+    EXPECT_EQ(blocks->Items(0)->GetObjKey(), 101u);
+    EXPECT_EQ(blocks->Items(0)->Owner(), blocks);
+    EXPECT_EQ(blocks->FindObjByKey(102), blocks->Items(1));
+    // A new block made through it takes a key no loaded block holds.
+    const TObjKey k = blocks->CreateObjByDiagType(doText, {0, 0, 40, 40})->GetObjKey();
+    EXPECT_NE(k, 101u);
+    EXPECT_NE(k, 102u);
+    // Deleting through the held list still tells the container's wires: the wire at the
+    // deleted block lets go of it.
+    ASSERT_EQ(wires->Count(), 1);
+    ASSERT_EQ(wires->Items(0)->GetDstObject(), blocks->Items(1));
+    blocks->DeleteObject(blocks->Items(1), true);
+    EXPECT_TRUE(wires->Count() == 0 || wires->Items(0)->GetDstObject() == nullptr);
+}
+
+TEST_F(PersistenceStream, BlocksSharingAKeyLoadAndWiresAndSelectionTakeTheEarliest) {
+    BuildSmallDiagram(*dc);
+    // A third block that takes the second's key, as a block made after a load could.
+    TDiagObject* c = dc->CreateObjByDiagType(doText, {300, 20, 360, 90});
+    c->SetObjKey(102);
+    std::vector<uint8_t> bytes = Saved(*dc);
+    TMemoryStream s(bytes);
+    dc->Clear(false);
+    dc->LoadFromStream(s);
+    ASSERT_EQ(dc->ObjList->Count(), 3);
+    EXPECT_EQ(dc->ObjList->Items(2)->GetObjKey(), 102u);
+    ASSERT_EQ(dc->ConList->Count(), 1);
+    EXPECT_EQ(dc->ConList->Items(0)->GetDstObject(), dc->ObjList->Items(1));
+    EXPECT_EQ(dc->SelObj.data(), dc->ObjList->Items(1));
+    EXPECT_FALSE(dc->ObjList->Items(2)->GetSelected());
+    ASSERT_EQ(dc->ObjList->Warnings().size(), 1);
+    // Saving gives back the bytes that were loaded.
+    EXPECT_EQ(Saved(*dc), bytes);
+}
+
 TEST_F(PersistenceStream, LoadedBlocksGetTheContainersEventsOutsideDesignMode) {
     BuildSmallDiagram(*dc);
     TMemoryStream s;

@@ -193,6 +193,17 @@ TEST_F(UndoCommands, ShiftByDeltaUndoesAndRedoesExactly) {
     ExpectOneExactStep(QStringLiteral("Shift By Delta"), [&] { dc->ShiftByDelta(); });
 }
 
+TEST_F(UndoCommands, UndoOfABlockSharingAnEarlierBlocksKeyKeepsThatKey) {
+    // b holds a's key, as a block of a loaded file may: the restored b must hold it again.
+    b->SetObjKey(a->GetObjKey());
+    stack->clear();
+    dc->SelObj = b;
+    dialogs.Expect(TDialogAnswer::Query(QStringLiteral("5,-3")));
+    ExpectOneExactStep(QStringLiteral("Shift By Delta"), [&] { dc->ShiftByDelta(); });
+    EXPECT_EQ(dc->ObjList->Items(1)->GetObjKey(), a->GetObjKey());
+    EXPECT_EQ(dc->ObjList->FindObjByKey(a->GetObjKey()), a);
+}
+
 // ---- marker commands --------------------------------------------------------------------------
 
 TEST_F(UndoCommands, ChangeSizeUndoesAndRedoesExactly) {

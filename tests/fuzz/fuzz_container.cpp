@@ -1,7 +1,8 @@
 // Fuzz target over the container stream. Any input must end in a loaded diagram or a typed
 // error; after an error the open diagram saves to the same bytes as before; a loaded diagram
-// saves to bytes that load back and save the same again.
+// saves to bytes that load back and save the same again, and its circuit simulates.
 #include "fuzz_support.h"
+#include "simulate.h"
 
 #include "velDiagEdit/platform/errors.h"
 
@@ -23,6 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         Require(surface.Save() == before, "a failed load changed the open diagram");
         return 0;
     }
+    if (surface.dc->ObjList && surface.dc->ConList)
+        Simulate(*surface.dc->ObjList, *surface.dc->ConList);
     const std::vector<uint8_t> once = surface.Save();
     TMemoryStream again(once);
     surface.dc->LoadFromStream(again);

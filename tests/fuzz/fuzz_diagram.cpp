@@ -1,7 +1,10 @@
 // Fuzz target over a whole diagram: a block list followed by a connection list, the
 // connections re-attached to their blocks by key as the container does; the bytes after the
-// two lists drive the operations run on it (see exercise.h).
+// two lists drive the operations run on it (see exercise.h). The circuit is simulated as
+// loaded and again after the operations.
 #include "fuzz/exercise.h"
+
+#include "fuzz/simulate.h"
 
 #include <QApplication>
 
@@ -25,7 +28,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     } catch (const vde::Exception&) {
     }
     const size_t used = size_t(stream.Position());
+    fuzz::Simulate(blocks, wires);
     fuzz::TOps ops(data + used, size - used);
     fuzz::Exercise(parent, blocks, wires, ops);
+    fuzz::Simulate(blocks, wires);
     return 0;
 }

@@ -22,6 +22,7 @@ QByteArray StreamBytes(TStream& s) {
 class DataSetTest : public ::testing::TestWithParam<DbKind> {
 protected:
     void SetUp() override {
+        VDE_SKIP_WITHOUT_PG(GetParam());
         FDb = std::make_unique<TestDatabase>(GetParam());
         if (!FDb->Error().isEmpty())
             FAIL() << FDb->Error().toStdString();
@@ -494,6 +495,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, DataSetTest,
                          vde::test::DbKindName());
 
 TEST(DataSetServerOutage, PostWhileTheServerIsDownRaisesAndSucceedsAfterItIsBack) {
+    VDE_SKIP_WITHOUT_PG(DbKind::PostgreSQL);
     vde::test::PrivatePgServer server;
     ASSERT_TRUE(server.Error().isEmpty()) << server.Error().toStdString();
     TestDatabase db(DbKind::PostgreSQL, server.Url());

@@ -188,3 +188,32 @@ TEST(PainterClip, TextOutAtTheLargestXLeavesThePenPositionWrapped) {
     // INT32_MAX + w wraps to INT32_MIN + w - 1.
     EXPECT_EQ(c.PenPos.X, INT32_MIN + (w - 1));
 }
+
+TEST(PainterClip, WidePenStampsAtTheEdgeOfTheIntRangeDrawNothingAndDoNotOverflow) {
+    // A steep line whose x lies at the largest ints: every pen square of it is stepped (its y is
+    // on the image), and each square's far edge (x - 1 + 4) lies past the 32-bit range.
+    const QImage img = Draw(64, 48, [](TCanvas& c) {
+        c.Pen.Width = 4;
+        c.MoveTo(INT32_MAX, 0);
+        c.LineTo(INT32_MAX - 20, 47);
+        c.MoveTo(INT32_MIN, 0);
+        c.LineTo(INT32_MIN + 20, 47);
+    });
+    EXPECT_TRUE(BlackPixels(img).empty());
+}
+
+TEST(PainterClip, SteepWideLineAcrossTheIntRangeStampsItsMiddleColumnsOnTheImage) {
+    // From (30, -2147483000) to (32, 2147483000): two minor steps, a quarter and three quarters
+    // of the way along, so every row of the image (the middle of the line) has x = 31, and the
+    // 2-pixel pen square at offsets -1..0 covers columns 30 and 31.
+    const QImage img = Draw(64, 48, [](TCanvas& c) {
+        c.Pen.Width = 2;
+        c.MoveTo(30, -2147483000);
+        c.LineTo(32, 2147483000);
+    });
+    for (int y = 0; y < 48; ++y) {
+        EXPECT_EQ(PixelColor(img, 30, y), clBlack) << y;
+        EXPECT_EQ(PixelColor(img, 31, y), clBlack) << y;
+    }
+    EXPECT_EQ(BlackPixels(img).size(), 96u);
+}

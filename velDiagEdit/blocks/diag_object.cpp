@@ -216,10 +216,11 @@ void TDiagObject::SetDeltaWidth(int Value) {
 TRect TDiagObject::GetShapeRect() const {
     const int w = FPenWidth;
     const int half = w / 2;
-    TRect r{half, half, half + width() - w + 1, half + height() - w + 1};
+    TRect r{half, half, WrapAdd(WrapSub(WrapAdd(half, width()), w), 1),
+            WrapAdd(WrapSub(WrapAdd(half, height()), w), 1)};
     if (w == 0) {
-        --r.Right;
-        --r.Bottom;
+        r.Right = WrapSub(r.Right, 1);
+        r.Bottom = WrapSub(r.Bottom, 1);
     }
     return r;
 }
@@ -304,19 +305,20 @@ void TDiagObject::AlignLabelInRect(const TRect& R, TDiagLabel& Label) {
     const int th = c->TextHeight(Label.Text);
     const int w = R.Width(), h = R.Height();
     int dx = 0, dy = 0;
+    // The rectangle follows a delta width that may come from a stream: the sums wrap.
     if (AlignHoriz > 0)
         dx = AlignHoriz;
     else if (AlignHoriz < 0)
-        dx = w + AlignHoriz - tw;
+        dx = WrapSub(WrapAdd(w, AlignHoriz), tw);
     else if (w > tw)
-        dx = (w - tw) / 2;
+        dx = WrapSub(w, tw) / 2;
     if (AlignVert > 0)
         dy = AlignVert;
     else if (AlignVert < 0)
-        dy = h + AlignVert - th;
+        dy = WrapSub(WrapAdd(h, AlignVert), th);
     else if (h > tw) // compared with the text width, as the layout has always done
-        dy = (h - th) / 2;
-    Label.Start = {R.Left + dx, R.Top + dy};
+        dy = WrapSub(h, th) / 2;
+    Label.Start = {WrapAdd(R.Left, dx), WrapAdd(R.Top, dy)};
 }
 
 void TDiagObject::AlignLabelInRectFloat(const TRect& R, TDiagLabel& Label, double QHoriz,
@@ -325,9 +327,9 @@ void TDiagObject::AlignLabelInRectFloat(const TRect& R, TDiagLabel& Label, doubl
     c->Font.Height = GetLabelHeight(Label);
     const int tw = c->TextWidth(Label.Text);
     const int th = c->TextHeight(Label.Text);
-    const int dx = RoundHalfEven(double(R.Width() - tw) * QHoriz);
-    const int dy = RoundHalfEven(double(R.Height() - th) * QVert);
-    Label.Start = {R.Left + dx, R.Top + dy};
+    const int dx = RoundHalfEven(double(WrapSub(R.Width(), tw)) * QHoriz);
+    const int dy = RoundHalfEven(double(WrapSub(R.Height(), th)) * QVert);
+    Label.Start = {WrapAdd(R.Left, dx), WrapAdd(R.Top, dy)};
 }
 
 void TDiagObject::ChangeAlignment(TDiagLabel& Label) {
@@ -408,6 +410,7 @@ void TDiagObject::PaintRegions() {
 
 void TDiagObject::PaintLabels() {
     TCanvas* c = Canvas();
+    c->Font.Color = FTextColor;
     for (const auto& l : FLabels) {
         c->Font.Height = GetLabelHeight(l);
         c->TextOut(l.Start.X, l.Start.Y, l.Text);
@@ -512,16 +515,9 @@ TDiagObject* TDiagObject::LoadFromStream(TStream& Stream, TDiagObjectList* Owner
         }
         ReadMarkers(Stream, obj->FInputs, "Input count");
         ReadMarkers(Stream, obj->FOutputs, "Output count");
-        const int64_t keyAt = Stream.Position();
+        // Two blocks may share a key (a file saved after a new block took a loaded block's key):
+        // the block loads, and a look-up by the key finds the earlier one.
         const TObjKey key = Stream.ReadUInt32();
-        // Connections find their blocks by key: two blocks with one key cannot both be found.
-        const TDiagObject* holder = Owner->FindObjByKey(key);
-        if (holder && holder != obj)
-            throw EFormatError(
-                QStringLiteral("Block key %1 is already held by block %2 of the list")
-                    .arg(key)
-                    .arg(Owner->IndexOf(holder)),
-                keyAt);
         obj->SetObjKey(key);
         obj->MarkersLoaded();
     } catch (...) {

@@ -147,9 +147,9 @@ public:
     // --- records
     void SaveToStream(TStream& Stream) const;
     // Reads one block record and creates the block in Owner, which owns it. An unknown kind, a
-    // marker type outside 0..2, a count larger than the rest of the stream could hold or a key
-    // that another block of Owner holds is an EFormatError naming the byte offset, and then no
-    // block is left behind.
+    // marker type outside 0..2 or a count larger than the rest of the stream could hold is an
+    // EFormatError naming the byte offset, and then no block is left behind. A key that another
+    // block of Owner holds is kept: FindObjByKey goes on finding the earlier block.
     static TDiagObject* LoadFromStream(TStream& Stream, TDiagObjectList* Owner);
 
     // Fields are public as the list, connections and editor reach them directly.
@@ -161,6 +161,9 @@ public:
     TColor FMainColor = 0xC0C0C0;
     TColor FBorderColor = 0x0000FF;
     TColor FMarkerColor = 0xFF00FF;
+    // The labels' text colour: a fixed colour of the block like its body, so that the text
+    // stays readable on the body whatever palette the host runs under.
+    TColor FTextColor = clBlack;
     int FSelMarkerIndex = 0;
     int FDeltaWidth = 8;
     int FDeltaShift = 2;

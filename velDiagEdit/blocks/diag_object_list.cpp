@@ -5,9 +5,14 @@
 #include "velDiagEdit/platform/errors.h"
 #include "velDiagEdit/platform/record_codec.h"
 
+#include <QLoggingCategory>
 #include <algorithm>
 
 namespace vde {
+
+namespace {
+Q_LOGGING_CATEGORY(lcBlockList, "veldiagedit.blocks")
+} // namespace
 
 TDiagObjectList::TDiagObjectList(QWidget* AParent) : FParent(AParent) {}
 
@@ -217,6 +222,21 @@ void TDiagObjectList::Clear() {
     }
 }
 
+void TDiagObjectList::SwapContents(TDiagObjectList& Other) {
+    if (&Other == this)
+        return;
+    FItems.swap(Other.FItems);
+    FKeys.swap(Other.FKeys);
+    std::swap(FKeysDirty, Other.FKeysDirty);
+    std::swap(FKeysShared, Other.FKeysShared);
+    std::swap(FNextKey, Other.FNextKey);
+    FWarnings.swap(Other.FWarnings);
+    for (const auto& o : FItems)
+        o->FOwner = this;
+    for (const auto& o : Other.FItems)
+        o->FOwner = &Other;
+}
+
 void TDiagObjectList::SaveToStream(TStream& Stream) const {
     Stream.WriteInt32(Count());
     for (const auto& o : FItems)
@@ -226,6 +246,7 @@ void TDiagObjectList::SaveToStream(TStream& Stream) const {
 void TDiagObjectList::LoadFromStream(TStream& Stream, const TNotifyEvent& OnCreateObjEvent,
                                      int Count) {
     Clear();
+    FWarnings.clear();
     if (Count == -1)
         Count = Stream.ReadCount("Block count", kBlockRecordMinSize);
     // A count the caller passes is not checked against the stream; room is made only for the
@@ -233,10 +254,30 @@ void TDiagObjectList::LoadFromStream(TStream& Stream, const TNotifyEvent& OnCrea
     const int64_t room = std::min<int64_t>(Count, Stream.Remaining() / kBlockRecordMinSize);
     if (room > 0)
         FKeys.reserve(size_t(room));
+    int shared = 0;
+    TObjKey firstKey = 0;
+    int firstIndex = 0, firstHolder = 0;
     for (int i = 0; i < Count; ++i) {
         TDiagObject* o = TDiagObject::LoadFromStream(Stream, this);
+        const TDiagObject* holder = FindObjByKey(o->GetObjKey());
+        if (holder != o && shared++ == 0) {
+            firstKey = o->GetObjKey();
+            firstIndex = i;
+            firstHolder = IndexOf(holder);
+        }
         if (OnCreateObjEvent)
             OnCreateObjEvent(o);
+    }
+    if (shared > 0) {
+        // One line per load, however many blocks share keys.
+        FWarnings << QStringLiteral("%1 blocks hold a key that an earlier block holds (the "
+                                    "first, block %2, shares key %3 with block %4); look-ups "
+                                    "by key find the earlier block")
+                         .arg(shared)
+                         .arg(firstIndex)
+                         .arg(firstKey)
+                         .arg(firstHolder);
+        qCWarning(lcBlockList).noquote() << FWarnings.front();
     }
 }
 

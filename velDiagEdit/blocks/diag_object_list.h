@@ -6,6 +6,7 @@
 #include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QPointer>
+#include <QStringList>
 #include <deque>
 #include <memory>
 #include <unordered_map>
@@ -58,12 +59,19 @@ public:
     void AssignObjEvents(const TNotifyEvent& ObjEvent);
     void Refresh();
     void Clear();
+    // Exchanges the blocks (and their keys) of the two lists; each list keeps its own parent,
+    // canvas and events. A whole-diagram load reads into a scratch list and swaps, so that a
+    // host's pointer to this list stays valid.
+    void SwapContents(TDiagObjectList& Other);
 
     void SaveToStream(TStream& Stream) const;
     // Count -1 reads the count from the stream. Errors are typed (EReadError, EFormatError)
-    // and name the byte offset: among them a key that an earlier block of the stream holds.
-    // The blocks read before the error stay in the list.
+    // and name the byte offset. The blocks read before the error stay in the list. Blocks that
+    // share a key all load (FindObjByKey finds the earliest); a load that met any says so once,
+    // in Warnings() and in the log category veldiagedit.blocks.
     void LoadFromStream(TStream& Stream, const TNotifyEvent& OnCreateObjEvent, int Count = -1);
+    // What the last load found worth telling (empty when nothing).
+    const QStringList& Warnings() const { return FWarnings; }
 
     TNotifyEvent GetOnDeleteObject() const { return FOnDeleteObject; }
     void SetOnDeleteObject(TNotifyEvent e) { FOnDeleteObject = std::move(e); }
@@ -96,6 +104,7 @@ private:
     mutable bool FKeysDirty = false;
     mutable bool FKeysShared = false;
     TObjKey FNextKey = 1;
+    QStringList FWarnings;
 };
 
 } // namespace vde

@@ -27,10 +27,11 @@ void TDiagRSTrigger::MakeRegions() {
         FRegions.resize(3);
     // The body's left edge follows a delta width that may come from a stream.
     const int midX = WrapAdd(M.Left, FMidHoriz);
-    FRegions[0].R = {M.Left, M.Top, midX, M.Top + FMidVert};
-    FRegions[1].R = {M.Left, M.Top + FMidVert, midX, M.Top + H - 1};
+    const int midY = WrapAdd(M.Top, FMidVert), bottom = WrapSub(WrapAdd(M.Top, H), 1);
+    FRegions[0].R = {M.Left, M.Top, midX, midY};
+    FRegions[1].R = {M.Left, midY, midX, bottom};
     // The right part ends at the body width less one, not offset by the body's left.
-    FRegions[2].R = {midX, M.Top, W - 1, M.Top + H - 1};
+    FRegions[2].R = {midX, M.Top, WrapSub(W, 1), bottom};
     for (auto& r : FRegions) {
         r.QHoriz = 0.5;
         r.QVert = 0.2;
@@ -51,7 +52,7 @@ void TDiagRSTrigger::PaintMidLines() {
     // the region borders by the body's offset, as the symbol has always been drawn.
     TCanvas* c = Canvas();
     const TPoint horiz[] = {{FMainRect.Left, FMidVert}, {FMidHoriz, FMidVert}};
-    const TPoint vert[] = {{FMidHoriz, FMainRect.Top}, {FMidHoriz, FMainRect.Bottom - 1}};
+    const TPoint vert[] = {{FMidHoriz, FMainRect.Top}, {FMidHoriz, WrapSub(FMainRect.Bottom, 1)}};
     c->Polyline(horiz);
     c->Polyline(vert);
 }

@@ -105,19 +105,20 @@ void TDiagText::SetMarkers(TDotMarkers& Markers, int Y0, int Y1, int First, int 
     FMainRect = ShapeToMainRect(FShapeRect);
     const int n = int(Markers.size());
     if (Y0 < 0)
-        Y0 = FMainRect.Top - FShapeRect.Top;
+        Y0 = WrapSub(FMainRect.Top, FShapeRect.Top);
     if (Y1 < 0)
-        Y1 = FMainRect.Height() - 1;
+        Y1 = WrapSub(FMainRect.Height(), 1);
     if (Last < 0)
         Last = n - 1;
     if (!(n > 0 && First >= 0 && First < n && Last < n && Last >= First))
         return;
     const int count = Last - First + 1;
-    const int step = (Y1 - Y0) / (2 * count);
-    const int x = &Markers == &FInputs ? 0 : FShapeRect.Width() - 1;
+    // The bounds may come from a stream (and Y0, Y1 from a host): the arithmetic wraps.
+    const int step = int(int64_t(WrapSub(Y1, Y0)) / (2 * int64_t(count)));
+    const int x = &Markers == &FInputs ? 0 : WrapSub(FShapeRect.Width(), 1);
     for (int k = First; k <= Last; ++k) {
         TDotMarker& m = Markers[size_t(k)];
-        m.P = {x, Y0 + (2 * (k - First) + 1) * step};
+        m.P = {x, WrapAdd(Y0, WrapMul(2 * (k - First) + 1, step))};
         m.Size = FMarkerSize;
     }
 }

@@ -24,12 +24,21 @@ TDiagContainer::TDiagContainer(QWidget* AParent, TCanvas* ACanvas, TdmMoveResize
 
 TDiagContainer::~TDiagContainer() {
     // The handlers on the parent call back into this object; a parent that outlives the
-    // container must not call them any more.
+    // container must not call them any more. Only what is still this container's own is taken
+    // off: another container on the same parent may have hooked its own since, and it stays.
     if (FParent) {
-        if (FPaintHooked)
-            SetPaintHandler(FParent, {});
-        if (FMouseUpHooked)
-            SetParentMouseUp(false);
+        if (FPaintHooked) {
+            const std::function<void()> paint = GetPaintHandler(FParent);
+            const auto* mine = paint.target<TParentPaintThunk>();
+            if (mine && mine->Self == this)
+                SetPaintHandler(FParent, {});
+        }
+        if (FMouseUpHooked) {
+            const TMouseHandlers h = GetMouseHandlers(FParent);
+            const auto* mine = h.OnMouseUp.target<TParentMouseUpThunk>();
+            if (mine && mine->Self == this)
+                SetParentMouseUp(false);
+        }
     }
     ConList.reset();
     ObjList.reset();
@@ -75,9 +84,8 @@ void TDiagContainer::AssignPaintEvent() {
         FPaintHooked = false;
         return;
     }
-    QWidget* parent = FParent;
-    FPaintHooked = SetPublishedMethod(FParent, QStringLiteral("OnPaint"),
-                                      [this, parent] { PaintEvent(parent); });
+    FPaintHooked =
+        SetPublishedMethod(FParent, QStringLiteral("OnPaint"), TParentPaintThunk{this, FParent});
 }
 
 void TDiagContainer::PaintEvent(QObject* /*Sender*/) {
@@ -124,8 +132,7 @@ void TDiagContainer::SetParentMouseUp(bool Hook) {
         return;
     TMouseHandlers h = GetMouseHandlers(FParent);
     if (Hook)
-        h.OnMouseUp = [this](QObject* Sender, TMouseButton Button, TShiftState Shift, int X,
-                             int Y) { ParentMouseUp(Sender, Button, Shift, X, Y); };
+        h.OnMouseUp = TParentMouseUpThunk{this};
     else
         h.OnMouseUp = {};
     SetMouseHandlers(FParent, h);
@@ -212,7 +219,8 @@ void TDiagContainer::ResolveObjLinks(TDiagConnection* Obj) {
 
 TDiagObject* TDiagContainer::CreateObjectAtMousePos(TDiagObjectType ObjType) {
     const TPoint size = DefaultObjectSize(ObjType);
-    const TRect R{FClickPoint.X, FClickPoint.Y, FClickPoint.X + size.X, FClickPoint.Y + size.Y};
+    const TRect R{FClickPoint.X, FClickPoint.Y, WrapAdd(FClickPoint.X, size.X),
+                  WrapAdd(FClickPoint.Y, size.Y)};
     return CreateObjByDiagType(ObjType, R);
 }
 

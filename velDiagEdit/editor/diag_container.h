@@ -10,6 +10,9 @@
 // parent, the canvas, the move/resize module and the menus are only referred to. Blocks are
 // owned by the block list; the selected block is watched, so a block freed by any path reads as
 // none afterwards.
+// Loading a whole diagram (stream, file, record) keeps the ObjList and ConList objects and
+// replaces their contents, so a host's pointers to the lists stay valid across a load; pointers
+// to the blocks and connections of the diagram that was open do not.
 
 #include "velDiagEdit/blocks/control_list.h"
 #include "velDiagEdit/blocks/diag_object.h"
@@ -188,6 +191,21 @@ private:
                                    std::function<void()> Method);
     void SetParentMouseUp(bool Hook);
     TDiagObject* BlockOf(QObject* Sender) const;
+    // The handlers this container puts on its parent, as named types so that the destructor can
+    // tell its own from another container's (std::function has no equality, but a target of a
+    // known type can be read back).
+    struct TParentPaintThunk {
+        TDiagContainer* Self;
+        QWidget* Parent;
+        void operator()() const { Self->PaintEvent(Parent); }
+    };
+    struct TParentMouseUpThunk {
+        TDiagContainer* Self;
+        void operator()(QObject* Sender, TMouseButton Button, TShiftState Shift, int X,
+                        int Y) const {
+            Self->ParentMouseUp(Sender, Button, Shift, X, Y);
+        }
+    };
     // Set while this container's paint handler is hooked on the parent.
     bool FPaintHooked = false;
     bool FMouseUpHooked = false;

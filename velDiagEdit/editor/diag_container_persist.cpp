@@ -6,10 +6,10 @@
 // before control returns to the event loop), the connections into a scratch list that is thrown
 // away, the control section against stand-ins that carry the foreign controls' names, and the
 // selection words. Only when all of it has been read does the second pass replace the diagram:
-// the fresh block list takes the place of the old one, and the connections, the control bounds
-// and the selection are read again from the same, now known good, bytes by the lists' own
-// readers, in the usual order. So a bad stream raises its typed error and leaves the open
-// diagram as it was.
+// the fresh block list's blocks take the place of the old ones in the same list object, and the
+// connections, the control bounds and the selection are read again from the same, now known good,
+// bytes by the lists' own readers, in the usual order. So a bad stream raises its typed error and
+// leaves the open diagram as it was.
 
 #include "velDiagEdit/editor/diag_container.h"
 
@@ -164,10 +164,10 @@ void TDiagContainer::LoadFromStream(TStream& Stream) {
 
     // ---- second pass: replace the diagram.
     if (ObjList) {
-        std::unique_ptr<TDiagObjectList> old = std::move(ObjList);
-        ObjList = std::move(newBlocks);
-        ObjList->SetOnDeleteObject(old->GetOnDeleteObject());
-        old.reset();
+        // The list object stays (a host may hold it); only its blocks are exchanged, and the
+        // old ones go with the scratch list.
+        ObjList->SwapContents(*newBlocks);
+        newBlocks.reset();
         for (TDiagObject* block : std::vector<TDiagObject*>(ObjList->All()))
             AssignObjEvents(block);
     }

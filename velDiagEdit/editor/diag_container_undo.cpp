@@ -194,7 +194,11 @@ bool TDiagContainer::RestoreChangedBlocks(TMemoryStream& S) {
     for (int i = 0; i < k - d; ++i)
         delete ObjList->Items(p);
     for (int j = 0; j < k; ++j) {
+        // The list gives a block whose key another block holds a new one; a restored block
+        // keeps the key it was stored with, shared or not.
+        const TObjKey key = fresh[size_t(j)]->GetObjKey();
         ObjList->Add(scratch.Remove(fresh[size_t(j)]));
+        fresh[size_t(j)]->SetObjKey(key);
         ObjList->Move(ObjList->IndexOf(fresh[size_t(j)]), p + j);
         AssignObjEvents(fresh[size_t(j)]);
     }

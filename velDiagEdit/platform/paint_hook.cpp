@@ -45,6 +45,11 @@ bool HasPaintHandler(const QWidget* w) {
     return host && host->HasPaintHandler();
 }
 
+std::function<void()> GetPaintHandler(const QWidget* w) {
+    const TPaintHook* hook = FindHook(w);
+    return hook ? hook->Handler : std::function<void()>();
+}
+
 bool PublishesOnPaint(const QWidget* w) {
     if (!w)
         return false;

@@ -22,6 +22,8 @@ namespace vde {
 // An empty handler removes the hook.
 VELDIAGEDIT_EXPORT void SetPaintHandler(QWidget* w, std::function<void()> handler);
 VELDIAGEDIT_EXPORT bool HasPaintHandler(const QWidget* w);
+// The handler installed on the widget (a copy); empty when there is none.
+VELDIAGEDIT_EXPORT std::function<void()> GetPaintHandler(const QWidget* w);
 
 VELDIAGEDIT_EXPORT bool PublishesOnPaint(const QWidget* w);
 VELDIAGEDIT_EXPORT bool IsCustomDrawnControl(const QWidget* w);

@@ -32,6 +32,17 @@ std::span<const int> DashPattern(TPenStyle style) {
     }
 }
 
+// Coordinates reach Qt only inside this range: within it a QRect's own arithmetic (x + w - 1, a
+// width of r - l) cannot overflow, whatever a stream stored. Drawing is clipped to the device
+// first, so on any real device nothing that shows is lost; only the area Qt is handed saturates.
+constexpr int64_t kQtReach = (int64_t(1) << 30) - 1;
+
+int64_t Reachable(double v) {
+    if (!(v == v))
+        return 0;
+    return int64_t(std::clamp(v, double(-kQtReach), double(kQtReach)));
+}
+
 bool IsRaster(QPainter* p) {
     const int t = p->device() ? p->device()->devType() : 0;
     return t == QInternal::Image || t == QInternal::Widget || t == QInternal::Pixmap;
@@ -54,8 +65,8 @@ TPainterBackend::TPainterBackend(QPainter* painter)
 
 // The device's area in the painter's coordinates (within the painter's clip, if it has one),
 // grown by margin pixels; nothing outside it can show.
-TPainterBackend::TArea TPainterBackend::ClipArea(int margin) const {
-    TArea a{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
+TPainterBackend::TArea TPainterBackend::ClipArea(int64_t margin) const {
+    TArea a{-kQtReach, -kQtReach, kQtReach, kQtReach};
     // The device pixels really go to: with redirection (a widget rendered into an image) that is
     // the engine's device, and the device transform maps onto it.
     const QPaintEngine* engine = FPainter->paintEngine();
@@ -70,10 +81,10 @@ TPainterBackend::TArea TPainterBackend::ClipArea(int margin) const {
     QRectF area = toLogical.mapRect(QRectF(0, 0, dev->width(), dev->height()));
     if (FPainter->hasClipping())
         area = area.intersected(FPainter->clipBoundingRect());
-    a.L = int64_t(std::floor(area.left())) - margin;
-    a.T = int64_t(std::floor(area.top())) - margin;
-    a.R = int64_t(std::ceil(area.right())) + margin;
-    a.B = int64_t(std::ceil(area.bottom())) + margin;
+    a.L = Reachable(std::floor(area.left()) - double(margin));
+    a.T = Reachable(std::floor(area.top()) - double(margin));
+    a.R = Reachable(std::ceil(area.right()) + double(margin));
+    a.B = Reachable(std::ceil(area.bottom()) + double(margin));
     return a;
 }
 
@@ -99,9 +110,13 @@ bool TPainterBackend::ClipToArea(int64_t l, int64_t t, int64_t r, int64_t b, con
     return true;
 }
 
-void TPainterBackend::Stamp(int x, int y, int w, const QColor& c) {
-    const int off = w / 2;
-    FPainter->fillRect(QRect(x - off, y - off, w, w), c);
+// One pen square centred on (x, y), reckoned in 64 bits and clipped to the area before Qt sees
+// it: a pixel at the edge of the 32-bit range does not overflow QRect's arithmetic.
+void TPainterBackend::Stamp(int64_t x, int64_t y, int w, const QColor& c, const TArea& area) {
+    const int64_t l = x - w / 2, t = y - w / 2;
+    QRect q;
+    if (ClipToArea(l, t, l + w, t + w, area, q))
+        FPainter->fillRect(q, c);
 }
 
 // A run of pixels from (x0, y0) to (x1, y1), stamped with the pen; the end pixel only when
@@ -112,7 +127,7 @@ void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool
     const QColor c = ToQColor(pen.Color);
     const int off = w / 2;
     const auto pattern = DashPattern(pen.Style);
-    const TArea area = ClipArea(w + 2);
+    const TArea area = ClipArea(int64_t(w) + 2);
     if (pattern.empty() && (x0 == x1 || y0 == y1)) {
         int64_t ex = x1, ey = y1;
         if (!includeEnd) {
@@ -171,7 +186,7 @@ void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool
         const int64_t m = minorAt(k);
         const int64_t x = xMajor ? x0 + stepX * k : x0 + stepX * m;
         const int64_t y = xMajor ? y0 + stepY * m : y0 + stepY * k;
-        Stamp(int(x), int(y), w, c);
+        Stamp(x, y, w, c, area);
     }
 }
 
@@ -211,7 +226,7 @@ void TPainterBackend::Rectangle(const TRect& r0, const TPen& pen, const TBrush& 
         return;
     StateGuard g(FPainter);
     const int pw = pen.Width < 1 ? 1 : pen.Width;
-    const TArea area = ClipArea(pw + 2);
+    const TArea area = ClipArea(int64_t(pw) + 2);
     QRect fill;
     if (!ClipToArea(int64_t(r.Left) - pw, int64_t(r.Top) - pw, int64_t(r.Right) + pw,
                     int64_t(r.Bottom) + pw, area, fill))
@@ -244,7 +259,7 @@ void TPainterBackend::Ellipse(const TRect& r0, const TPen& pen, const TBrush& br
     const int pw = pen.Width < 1 ? 1 : pen.Width;
     QRect seen;
     if (!ClipToArea(int64_t(r.Left) - pw, int64_t(r.Top) - pw, int64_t(r.Right) + pw,
-                    int64_t(r.Bottom) + pw, ClipArea(pw + 2), seen))
+                    int64_t(r.Bottom) + pw, ClipArea(int64_t(pw) + 2), seen))
         return;
     StateGuard g(FPainter);
     if (pen.Style == psClear) {
@@ -273,7 +288,7 @@ void TPainterBackend::Polygon(std::span<const TPoint> points, const TPen& pen,
     }
     const int pw = pen.Width < 1 ? 1 : pen.Width;
     QRect seen;
-    if (!ClipToArea(l - pw, t - pw, r + pw + 1, b + pw + 1, ClipArea(pw + 2), seen))
+    if (!ClipToArea(l - pw, t - pw, r + pw + 1, b + pw + 1, ClipArea(int64_t(pw) + 2), seen))
         return;
     StateGuard g(FPainter);
     QPolygonF poly;
@@ -311,8 +326,10 @@ void TPainterBackend::TextOut(TPoint p, const QString& text, const TFont& font,
     if (!ClipToArea(p.X, p.Y, p.X + width + height, p.Y + height, ClipArea(int(height)), seen))
         return;
     StateGuard g(FPainter);
-    if (brush.Style != bsClear)
-        FPainter->fillRect(QRect(p.X, p.Y, int(width), int(height)), ToQColor(brush.Color));
+    QRect fill;
+    if (brush.Style != bsClear &&
+        ClipToArea(p.X, p.Y, p.X + width, p.Y + height, ClipArea(0), fill))
+        FPainter->fillRect(fill, ToQColor(brush.Color));
     FPainter->setFont(qf);
     FPainter->setPen(ToQColor(font.Color));
     FPainter->drawText(QPoint(p.X, WrapAdd(p.Y, fm.ascent())), text);

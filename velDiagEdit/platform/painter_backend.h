@@ -29,10 +29,10 @@ private:
     struct TArea {
         int64_t L, T, R, B;
     };
-    TArea ClipArea(int margin) const;
+    TArea ClipArea(int64_t margin) const;
     static bool ClipToArea(int64_t l, int64_t t, int64_t r, int64_t b, const TArea& a, QRect& out);
     void Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd);
-    void Stamp(int x, int y, int w, const QColor& c);
+    void Stamp(int64_t x, int64_t y, int w, const QColor& c, const TArea& area);
     QPainter* FPainter;
     bool FRaster;
 };
