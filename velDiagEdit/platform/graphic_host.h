@@ -32,6 +32,7 @@ public:
 
     void SetPaintHandler(std::function<void()> handler);
     bool HasPaintHandler() const { return bool(FPaintHandler); }
+    const std::function<void()>& PaintHandler() const { return FPaintHandler; }
 
     // The topmost visible graphic control whose rectangle holds p (parent coordinates).
     TGraphicControl* ControlAt(const QPoint& p) const;

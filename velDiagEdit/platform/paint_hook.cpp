@@ -46,8 +46,8 @@ bool HasPaintHandler(const QWidget* w) {
 }
 
 std::function<void()> GetPaintHandler(const QWidget* w) {
-    const TPaintHook* hook = FindHook(w);
-    return hook ? hook->Handler : std::function<void()>();
+    const TGraphicHost* host = TGraphicHost::Find(w);
+    return host ? host->PaintHandler() : std::function<void()>();
 }
 
 bool PublishesOnPaint(const QWidget* w) {
