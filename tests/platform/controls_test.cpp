@@ -2,6 +2,7 @@
 #include "velDiagEdit/platform/controls.h"
 #include "velDiagEdit/platform/input_state.h"
 
+#include <QPaintEvent>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -37,6 +38,51 @@ TEST(GraphicControl, IsNotAWindowedControl) {
     EXPECT_TRUE(IsWindowedControl(&parent));
     QObject plain;
     EXPECT_FALSE(IsWindowedControl(&plain));
+}
+
+namespace {
+
+// A panel that keeps the region of each paint it receives.
+class RegionLog : public QWidget {
+public:
+    std::vector<QRegion> Painted;
+
+protected:
+    void paintEvent(QPaintEvent* e) override { Painted.push_back(e->region()); }
+};
+
+} // namespace
+
+TEST(GraphicControl, AFewChangesRepaintTheirRectanglesAndManyTheWholeParentOnce) {
+    RegionLog parent;
+    parent.resize(400, 300);
+    TGraphicControl g(&parent);
+    g.setGeometry(10, 10, 50, 50);
+    parent.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&parent));
+    QCoreApplication::processEvents();
+    parent.Painted.clear();
+    // One move: where it was and where it went, nothing else.
+    g.move(100, 20);
+    QCoreApplication::processEvents();
+    ASSERT_EQ(parent.Painted.size(), 1u);
+    EXPECT_EQ(parent.Painted[0], QRegion(10, 10, 50, 50) | QRegion(100, 20, 50, 50));
+    parent.Painted.clear();
+    // Two hundred new controls before the next paint: one paint of the whole panel.
+    std::vector<std::unique_ptr<TGraphicControl>> many;
+    for (int i = 0; i < 200; ++i) {
+        many.push_back(std::make_unique<TGraphicControl>(&parent));
+        many.back()->setGeometry((i % 20) * 20, (i / 20) * 20, 15, 15);
+    }
+    QCoreApplication::processEvents();
+    ASSERT_EQ(parent.Painted.size(), 1u);
+    EXPECT_EQ(parent.Painted[0], QRegion(parent.rect()));
+    // And after that paint, single rectangles again.
+    parent.Painted.clear();
+    many[0]->move(300, 250);
+    QCoreApplication::processEvents();
+    ASSERT_EQ(parent.Painted.size(), 1u);
+    EXPECT_EQ(parent.Painted[0], QRegion(0, 0, 15, 15) | QRegion(300, 250, 15, 15));
 }
 
 TEST(ForeignControl, HookReplacesAndReleasesItsMouseHandling) {

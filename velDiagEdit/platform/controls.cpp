@@ -210,8 +210,13 @@ void TGraphicControl::update() {
 }
 
 void TGraphicControl::update(const QRect& r) {
-    if (FParent && FVisible && !r.isEmpty())
-        FParent->update(r.translated(FGeometry.topLeft()).intersected(FGeometry));
+    if (!FParent || !FVisible || r.isEmpty())
+        return;
+    const QRect area = r.translated(FGeometry.topLeft()).intersected(FGeometry);
+    if (TGraphicHost* h = TGraphicHost::Find(FParent))
+        h->Invalidate(area);
+    else
+        FParent->update(area);
 }
 
 QPoint TGraphicControl::mapToGlobal(const QPoint& p) const {

@@ -243,7 +243,21 @@ bool TGraphicHost::eventFilter(QObject* watched, QEvent* event) {
     }
 }
 
+void TGraphicHost::Invalidate(const QRect& r) {
+    constexpr int kMaxPendingRects = 64;
+    if (FWholePending)
+        return;
+    if (++FPendingRects > kMaxPendingRects) {
+        FWholePending = true;
+        FWidget->update();
+        return;
+    }
+    FWidget->update(r);
+}
+
 void TGraphicHost::Paint(QPaintEvent* e) {
+    FPendingRects = 0;
+    FWholePending = false;
     // The widget paints itself first, with this filter standing aside.
     FPainting = true;
     QCoreApplication::sendEvent(FWidget, e);

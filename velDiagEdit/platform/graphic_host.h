@@ -34,6 +34,11 @@ public:
     bool HasPaintHandler() const { return bool(FPaintHandler); }
     const std::function<void()>& PaintHandler() const { return FPaintHandler; }
 
+    // Asks for a repaint of r (widget coordinates). Past a few dozen rectangles before the next
+    // paint the whole widget is asked for once instead: Qt's dirty region costs in the number of
+    // rectangles it holds, and a load of many blocks into a shown widget would be quadratic.
+    void Invalidate(const QRect& r);
+
     // The topmost visible graphic control whose rectangle holds p (parent coordinates).
     TGraphicControl* ControlAt(const QPoint& p) const;
     // The visible graphic controls meeting r, bottom first.
@@ -80,6 +85,8 @@ private:
     QPointer<TGraphicControl> FCapture;
     bool FCapturing = false;
     bool FPainting = false;
+    int FPendingRects = 0;
+    bool FWholePending = false;
     bool FTrackingForControls = false;
     bool FWidgetTracks = false;
 };
