@@ -231,6 +231,14 @@ std::vector<TDiagConnection*> TDiagConnectList::NearBox(int64_t L, int64_t T, in
     return found;
 }
 
+std::vector<std::pair<int, int32_t>> TDiagConnectList::SelectedSegments() const {
+    std::vector<std::pair<int, int32_t>> found;
+    for (size_t i = 0; i < FItems.size(); ++i)
+        if (const int32_t seg = FItems[i]->FSelectedIndex; seg != -1)
+            found.emplace_back(int(i), seg);
+    return found;
+}
+
 std::vector<TDiagConnection*> TDiagConnectList::ConnectionsAt(const QObject* Block) const {
     Flush();
     std::vector<TDiagConnection*> found;

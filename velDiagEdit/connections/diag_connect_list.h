@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 class QPaintDevice;
@@ -57,6 +58,8 @@ public:
     // The connections whose path, grown by Margin pixels, may meet R (a superset of those that
     // do), in list order.
     std::vector<TDiagConnection*> ConnectionsNear(const TRect& R, int Margin) const;
+    // Every connection with a selected segment: (list index, segment), in list order.
+    std::vector<std::pair<int, int32_t>> SelectedSegments() const;
     // The connections that start or end at the block, in list order.
     std::vector<TDiagConnection*> ConnectionsAt(const QObject* Block) const;
 

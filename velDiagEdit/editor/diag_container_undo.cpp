@@ -336,9 +336,7 @@ TDiagContainer::TDragState TDiagContainer::ReadDragState(int Block, const std::v
     for (int w : Wires)
         s.Wires.emplace_back(w, WireRecord(ConList->Items(w)));
     s.Info = InfoBytes();
-    for (int i = 0; i < ConList->Count(); ++i)
-        if (const int32_t seg = ConList->Items(i)->FSelectedIndex; seg != -1)
-            s.Selected.emplace_back(i, seg);
+    s.Selected = ConList->SelectedSegments();
     return s;
 }
 
