@@ -36,6 +36,11 @@ protected:
         }
     }
 
+    // A few hundred pixels on, kept within an int.
+    int Step(int v) {
+        return int(std::clamp<int64_t>(int64_t(v) + Pick(-400, 400), INT_MIN, INT_MAX));
+    }
+
     TPoints Path() {
         TPoints p;
         const int n = Pick(0, 6);
@@ -43,9 +48,9 @@ protected:
         for (int i = 0; i < n; ++i) {
             p.push_back(at);
             if (Pick(0, 1))
-                at.X = Pick(0, 5) ? at.X + Pick(-400, 400) : Coord();
+                at.X = Pick(0, 5) ? Step(at.X) : Coord();
             else
-                at.Y = Pick(0, 5) ? at.Y + Pick(-400, 400) : Coord();
+                at.Y = Pick(0, 5) ? Step(at.Y) : Coord();
         }
         return p;
     }
@@ -147,8 +152,10 @@ protected:
         }
         for (int i = 0; i < Blocks.Count(); ++i)
             CheckAt(Blocks[i]);
-        for (int i = 0; i < List.Count(); ++i)
+        for (int i = 0; i < List.Count(); ++i) {
+            ASSERT_EQ(List.IndexOfLive(List.Items(i)), i);
             ASSERT_EQ(List.IndexOf(List.Items(i)), i);
+        }
     }
 };
 

@@ -283,6 +283,14 @@ TDiagConnection* TDiagConnectList::Items(int Index) const {
 }
 
 int TDiagConnectList::IndexOf(const TDiagConnection* Con) const {
+    // Only compares addresses: a caller may ask about a connection that is gone.
+    const auto it =
+        std::find_if(FItems.begin(), FItems.end(),
+                     [Con](const std::unique_ptr<TDiagConnection>& c) { return c.get() == Con; });
+    return !Con || it == FItems.end() ? -1 : int(it - FItems.begin());
+}
+
+int TDiagConnectList::IndexOfLive(const TDiagConnection* Con) const {
     if (!Con)
         return -1;
     if (Con->FOwner == this && !FIndex->PositionsStale) {
@@ -318,7 +326,7 @@ void TDiagConnectList::Drop(TDiagConnection* Con) {
 }
 
 void TDiagConnectList::Forget(TDiagConnection* Con) {
-    const int i = IndexOf(Con);
+    const int i = IndexOfLive(Con);
     if (i >= 0) {
         FItems[size_t(i)].release(); // being destroyed by someone else
         FItems.erase(FItems.begin() + i);
@@ -335,7 +343,7 @@ void TDiagConnectList::Add(std::unique_ptr<TDiagConnection> Con) {
 }
 
 std::unique_ptr<TDiagConnection> TDiagConnectList::Remove(TDiagConnection* Con) {
-    const int i = IndexOf(Con);
+    const int i = IndexOfLive(Con);
     if (i < 0)
         return nullptr;
     std::unique_ptr<TDiagConnection> out = std::move(FItems[size_t(i)]);
@@ -440,7 +448,7 @@ int TDiagConnectList::AddConnection(TDiagObject* DiagObj, int MarkerIndex, int S
     if (MarkerIndex == 0)
         return 0;
     auto* c = new TDiagObjConnection(this, DiagObj, MarkerIndex, Size);
-    return IndexOf(c);
+    return IndexOfLive(c);
 }
 
 int TDiagConnectList::ConnectIndex(TDiagObject* DiagObj, int MarkerIndex) const {

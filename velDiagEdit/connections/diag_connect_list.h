@@ -40,6 +40,8 @@ public:
     // Raises EListError for an index out of range.
     TDiagConnection* Items(int Index) const;
     int IndexOf(const TDiagConnection* Con) const;
+    // The same in constant time, for a connection known to be alive (in this list or another).
+    int IndexOfLive(const TDiagConnection* Con) const;
     // Takes ownership of a connection that has no list and appends it (an EListError past
     // kMaxConnections, and the connection is freed).
     void Add(std::unique_ptr<TDiagConnection> Con);

@@ -433,7 +433,7 @@ void TDiagContainer::BeginDragStep(TDiagObject* Block) {
         return;
     std::vector<int> wires;
     for (TDiagConnection* c : ConList->ConnectionsAt(Block))
-        wires.push_back(ConList->IndexOf(c));
+        wires.push_back(ConList->IndexOfLive(c));
     try {
         FDragBefore = std::make_unique<TDragState>(ReadDragState(i, wires));
     } catch (const std::exception& e) {
