@@ -163,8 +163,8 @@ void BM_ScaleDragStep(benchmark::State& state) {
 BENCHMARK(BM_ScaleDragStep)->Apply(Sizes)->Unit(benchmark::kMicrosecond);
 
 // Press on a block and, after a move of 3 pixels, the release that routes its wires and records
-// the undo step; each timed alone.
-void BM_ScalePress(benchmark::State& state) {
+// the undo step; one of the two timed, the rest of the gesture not.
+void PressMoveRelease(benchmark::State& state, bool TimeRelease) {
     ScaledSurface& s = Shared(int(state.range(0)));
     TScriptedInputState input;
     TScopedInputState guard(&input);
@@ -172,41 +172,33 @@ void BM_ScalePress(benchmark::State& state) {
     TDiagObject* b = s.Middle();
     int step = 0;
     for (auto _ : state) {
+        if (TimeRelease)
+            state.PauseTiming();
         QPoint at = b->geometry().topLeft() + QPoint(5, 5);
         input.Pos = ClientToScreen(s.panel, {at.x(), at.y()});
         s.Mouse(QEvent::MouseButtonPress, at, Qt::LeftButton);
-        state.PauseTiming();
+        if (!TimeRelease)
+            state.PauseTiming();
         const int dx = (step++ & 1) ? -3 : 3;
         input.Pos.X += dx;
         at.rx() += dx;
         s.Mouse(QEvent::MouseMove, at, Qt::LeftButton);
+        if (TimeRelease)
+            state.ResumeTiming();
         s.Mouse(QEvent::MouseButtonRelease, at, Qt::NoButton);
-        state.ResumeTiming();
+        if (!TimeRelease)
+            state.ResumeTiming();
     }
     s.dc->UndoStack()->clear();
+}
+
+void BM_ScalePress(benchmark::State& state) {
+    PressMoveRelease(state, false);
 }
 BENCHMARK(BM_ScalePress)->Apply(Sizes)->Unit(benchmark::kMillisecond);
 
 void BM_ScaleRelease(benchmark::State& state) {
-    ScaledSurface& s = Shared(int(state.range(0)));
-    TScriptedInputState input;
-    TScopedInputState guard(&input);
-    input.Shift = ssShift;
-    TDiagObject* b = s.Middle();
-    int step = 0;
-    for (auto _ : state) {
-        state.PauseTiming();
-        QPoint at = b->geometry().topLeft() + QPoint(5, 5);
-        input.Pos = ClientToScreen(s.panel, {at.x(), at.y()});
-        s.Mouse(QEvent::MouseButtonPress, at, Qt::LeftButton);
-        const int dx = (step++ & 1) ? -3 : 3;
-        input.Pos.X += dx;
-        at.rx() += dx;
-        s.Mouse(QEvent::MouseMove, at, Qt::LeftButton);
-        state.ResumeTiming();
-        s.Mouse(QEvent::MouseButtonRelease, at, Qt::NoButton);
-    }
-    s.dc->UndoStack()->clear();
+    PressMoveRelease(state, true);
 }
 BENCHMARK(BM_ScaleRelease)->Apply(Sizes)->Unit(benchmark::kMillisecond);
 

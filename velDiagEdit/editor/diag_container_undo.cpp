@@ -26,6 +26,18 @@ namespace vde {
 
 namespace {
 
+// The bytes a writer puts in a memory stream, and a stream over bytes.
+template <class TWrite> QByteArray Written(TWrite&& Write) {
+    TMemoryStream t;
+    Write(t);
+    const auto& b = t.Bytes();
+    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
+}
+
+TMemoryStream StreamOf(const QByteArray& Bytes) {
+    return TMemoryStream(std::vector<uint8_t>(Bytes.begin(), Bytes.end()));
+}
+
 // Arrow-key moves of one block merge into one step while nothing else happens in between.
 constexpr int kKeyMoveMergeId = 1;
 
@@ -76,10 +88,7 @@ TDiagUndoStack* TDiagContainer::UndoStack() const {
 }
 
 QByteArray TDiagContainer::SaveSnapshot() {
-    TMemoryStream s;
-    SaveToStream(s);
-    const auto& bytes = s.Bytes();
-    return QByteArray(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size()));
+    return Written([this](TMemoryStream& t) { SaveToStream(t); });
 }
 
 void TDiagContainer::RestoreSnapshot(const QByteArray& Bytes) {
@@ -89,7 +98,7 @@ void TDiagContainer::RestoreSnapshot(const QByteArray& Bytes) {
         InputState().SetScreenCursor(crDefault);
     }
     FDragBefore.reset();
-    TMemoryStream s(std::vector<uint8_t>(Bytes.begin(), Bytes.end()));
+    TMemoryStream s = StreamOf(Bytes);
     if (ObjList && ConList && RestoreChangedBlocks(s) && SaveSnapshot() == Bytes)
         return;
     // Loading the whole stream is always exact; it is only slower on a large diagram.
@@ -107,10 +116,7 @@ namespace {
 
 // The block's record as the block list writes it.
 QByteArray BlockRecord(const TDiagObject* Obj) {
-    TMemoryStream t;
-    Obj->SaveToStream(t);
-    const auto& b = t.Bytes();
-    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
+    return Written([Obj](TMemoryStream& t) { Obj->SaveToStream(t); });
 }
 
 bool BytesAt(const TMemoryStream& S, int64_t At, const QByteArray& Expected) {
@@ -267,14 +273,7 @@ void TDiagContainer::RestoreLooseEnds(TMemoryStream& Bytes) {
 namespace {
 
 QByteArray WireRecord(const TDiagConnection* Con) {
-    TMemoryStream t;
-    Con->SaveToStream(t);
-    const auto& b = t.Bytes();
-    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
-}
-
-TMemoryStream StreamOf(const QByteArray& Bytes) {
-    return TMemoryStream(std::vector<uint8_t>(Bytes.begin(), Bytes.end()));
+    return Written([Con](TMemoryStream& t) { Con->SaveToStream(t); });
 }
 
 } // namespace
@@ -316,10 +315,7 @@ private:
 };
 
 QByteArray TDiagContainer::InfoBytes() {
-    TMemoryStream t;
-    SaveInfoToStream(t);
-    const auto& b = t.Bytes();
-    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
+    return Written([this](TMemoryStream& t) { SaveInfoToStream(t); });
 }
 
 bool TDiagContainer::FitsDragState(int Block, const std::vector<int>& Wires) const {
@@ -405,20 +401,18 @@ void TDiagContainer::ApplyDragState(const TDragState& S) {
     if (BlockRecord(b) != S.Record) {
         // The record differs in more than bounds, labels and markers: the whole diagram with the
         // stored record in its place, which the restore makes exact.
-        TMemoryStream out;
-        const uint32_t signature = qToLittleEndian(kContainerSignature);
-        out.WriteBuffer(&signature, 4);
-        out.WriteInt32(ObjList->Count());
-        for (int k = 0; k < ObjList->Count(); ++k) {
-            const QByteArray r = k == S.Block ? S.Record : BlockRecord(ObjList->Items(k));
-            out.WriteBuffer(r.constData(), r.size());
-        }
-        ConList->SaveToStream(out);
-        CntList->SaveToStream(out);
-        out.WriteBuffer(S.Info.constData(), S.Info.size());
-        const auto& bytes = out.Bytes();
-        RestoreSnapshot(
-            QByteArray(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size())));
+        RestoreSnapshot(Written([&](TMemoryStream& out) {
+            const uint32_t signature = qToLittleEndian(kContainerSignature);
+            out.WriteBuffer(&signature, 4);
+            out.WriteInt32(ObjList->Count());
+            for (int k = 0; k < ObjList->Count(); ++k) {
+                const QByteArray r = k == S.Block ? S.Record : BlockRecord(ObjList->Items(k));
+                out.WriteBuffer(r.constData(), r.size());
+            }
+            ConList->SaveToStream(out);
+            CntList->SaveToStream(out);
+            out.WriteBuffer(S.Info.constData(), S.Info.size());
+        }));
         return;
     }
     if (FParent)
