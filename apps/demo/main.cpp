@@ -5,6 +5,11 @@
 // through the file dialogs. The "Edit" menu undoes and redoes the current tab's steps, named
 // after them ("Undo Add Segment"). The library's other demo pages follow as further tabs.
 //
+// The diagrams are edited directly (wires dragged from marker to marker, rubber band, moves
+// without Shift, an 8-pixel grid); View > Direct editing goes back to the classic gestures.
+// Each diagram sits in a scroll area that follows its extent, the status bar shows what the
+// mouse would do, and closing the window with unsaved steps asks to save them.
+//
 // --database sqlite:PATH or --database postgresql://USER@HOST:PORT/DB?table=NAME keeps the
 // diagrams in that table instead (made when missing); a diagram with no record there yet starts
 // from its sample and is stored at once.
@@ -18,6 +23,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCloseEvent>
 #include <QCommandLineParser>
 #include <QFile>
 #include <QFileInfo>
@@ -29,6 +35,7 @@
 #include <QMessageBox>
 #include <QPainter>
 #include <QPalette>
+#include <QScrollArea>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QUndoGroup>
@@ -67,12 +74,17 @@ public:
             d.Panel->setAutoFillBackground(true);
             d.Canvas = std::make_unique<vde::TCanvas>();
             d.Canvas->SetHandle(d.Panel);
-            tabs->addTab(d.Panel, d.Name);
+            // The surface grows with its diagram; the area scrolls it.
+            auto* area = new QScrollArea;
+            area->setWidgetResizable(true);
+            area->setWidget(d.Panel);
+            tabs->addTab(area, d.Name);
         }
         for (const DemoPage& page : DemoPages())
             pages.push_back(tabs->addTab(page.Create(), page.Title));
         BuildMenu();
         BuildEditMenu();
+        BuildViewMenu();
         connect(tabs, &QTabWidget::currentChanged, this, [this] { ShowState(); });
         resize(900, 620);
     }
@@ -97,10 +109,55 @@ public:
             });
             if (table)
                 SeedRecord(d);
-            if (d.Module && d.Module->DiagContr)
-                undoGroup.addStack(d.Module->DiagContr->UndoStack());
+            if (d.Module && d.Module->DiagContr) {
+                vde::TDiagContainer* dc = d.Module->DiagContr.get();
+                undoGroup.addStack(dc->UndoStack());
+                dc->SetGridSize(kGrid);
+                dc->SetDirectEditing(directEditing && directEditing->isChecked());
+                connect(dc, &vde::TDiagContainer::hintChanged, this, [this, dc](const QString& h) {
+                    DiagramTab* cur = Current();
+                    if (cur && cur->Module && cur->Module->DiagContr.get() == dc && !h.isEmpty())
+                        statusBar()->showMessage(h);
+                });
+                connect(dc, &vde::TDiagContainer::designModeChanged, this,
+                        [this](bool) { ShowState(); });
+            }
         }
         ShowState();
+    }
+
+    // Unsaved steps in any diagram: save them, throw them away, or stay.
+    void closeEvent(QCloseEvent* e) override {
+        bool dirty = false;
+        for (const DiagramTab& d : diagrams)
+            if (d.Module && d.Module->DiagContr && !d.Module->DiagContr->UndoStack()->isClean())
+                dirty = true;
+        if (!dirty || QGuiApplication::platformName() == QLatin1String("offscreen")) {
+            e->accept();
+            return;
+        }
+        const auto answer = QMessageBox::question(
+            this, QStringLiteral("velDiagEdit demo"),
+            QStringLiteral("Some diagrams have changes that are not saved. Save them?"),
+            QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+        if (answer == QMessageBox::Cancel) {
+            e->ignore();
+            return;
+        }
+        if (answer == QMessageBox::Save) {
+            for (DiagramTab& d : diagrams)
+                if (d.Module)
+                    d.Module->FNeedSave = true;
+            const bool saved = Guarded(QStringLiteral("Saving"), [] {
+                vde::SaveDiagActionsDiagrams(QString());
+                return true;
+            });
+            if (!saved) {
+                e->ignore();
+                return;
+            }
+        }
+        e->accept();
     }
 
     // The host's end: every module goes before the panels do, and before the table they use.
@@ -118,6 +175,8 @@ public:
     std::vector<DiagramTab> diagrams;
     std::vector<int> pages;
     QAction* designHere = nullptr;
+    QAction* directEditing = nullptr;
+    static constexpr int kGrid = 8;
     std::unique_ptr<ConfigTable> table;
     QUndoGroup undoGroup;
 
@@ -172,6 +231,19 @@ private:
         m->addAction(undoGroup.createRedoAction(this));
     }
 
+    void BuildViewMenu() {
+        QMenu* m = menuBar()->addMenu(QStringLiteral("&View"));
+        directEditing = m->addAction(QStringLiteral("&Direct editing"));
+        directEditing->setCheckable(true);
+        directEditing->setChecked(true);
+        connect(directEditing, &QAction::toggled, this, [this](bool on) {
+            for (DiagramTab& d : diagrams)
+                if (d.Module && d.Module->DiagContr)
+                    d.Module->DiagContr->SetDirectEditing(on);
+            ShowState();
+        });
+    }
+
     void ShowState() {
         DiagramTab* d = Current();
         undoGroup.setActiveStack(
@@ -182,10 +254,14 @@ private:
             designHere->setEnabled(d && d->Module);
             designHere->setChecked(on);
         }
+        const bool direct = directEditing && directEditing->isChecked();
         if (d)
             statusBar()->showMessage(
                 QStringLiteral("%1: %2 (right-click the surface in design mode for its menu)")
-                    .arg(d->Name, on ? QStringLiteral("design mode") : QStringLiteral("view")));
+                    .arg(d->Name, !on      ? QStringLiteral("view")
+                                  : direct ? QStringLiteral("design mode, direct editing: drag "
+                                                            "from a marker to draw a wire")
+                                           : QStringLiteral("design mode")));
         else
             statusBar()->clearMessage();
     }

@@ -1,4 +1,5 @@
 #include "velDiagEdit/editor/diag_container.h"
+#include "velDiagEdit/editor/direct_editing_p.h"
 
 #include "velDiagEdit/geometry/codecs.h"
 #include "velDiagEdit/platform/paint_hook.h"
@@ -20,9 +21,16 @@ TDiagContainer::TDiagContainer(QWidget* AParent, TCanvas* ACanvas, TdmMoveResize
     dmMoveResize = AMoveResize;
     AssignControlEventsForParent();
     InitUndo();
+    FDirect = std::make_unique<TDirectEditing>();
+    // Every step, undo and redo changes the diagram.
+    QObject::connect(FUndoStack.get(), &QUndoStack::indexChanged, this,
+                     [this] { NoteDiagramChanged(); });
 }
 
 TDiagContainer::~TDiagContainer() {
+    // The stack clears itself as it goes, after the parts its signal would reach are gone.
+    if (FUndoStack)
+        FUndoStack->disconnect(this);
     // The handlers on the parent call back into this object; a parent that outlives the
     // container must not call them any more. Only what is still this container's own is taken
     // off: another container on the same parent may have hooked its own since, and it stays.
@@ -32,6 +40,12 @@ TDiagContainer::~TDiagContainer() {
             const auto* mine = paint.target<TParentPaintThunk>();
             if (mine && mine->Self == this)
                 SetPaintHandler(FParent, {});
+        }
+        if (FParentDirectHooked) {
+            TMouseHandlers h = GetMouseHandlers(FParent);
+            h.OnMouseDown = {};
+            h.OnMouseMove = {};
+            SetMouseHandlers(FParent, h);
         }
         if (FMouseUpHooked) {
             const TMouseHandlers h = GetMouseHandlers(FParent);
@@ -56,6 +70,7 @@ void TDiagContainer::Clear(bool OnlySizeAndPos) {
     SelInfo = LongRec{};
     if (FParent)
         FParent->update();
+    NoteDiagramChanged();
 }
 
 void TDiagContainer::Refresh() {
@@ -91,6 +106,8 @@ void TDiagContainer::AssignPaintEvent() {
 void TDiagContainer::PaintEvent(QObject* /*Sender*/) {
     if (ConList && ConList->Count() > 0 && FResizeMode == kDragNone)
         ConList->Paint();
+    if (DirectActive())
+        PaintDirect();
 }
 
 void TDiagContainer::AssignControlEventsForParent() {
@@ -131,6 +148,8 @@ void TDiagContainer::SetParentMouseUp(bool Hook) {
     if (!FParent)
         return;
     TMouseHandlers h = GetMouseHandlers(FParent);
+    // Direct editing ends its gestures on the parent's release, menus or not.
+    Hook = Hook || DirectActive();
     if (Hook)
         h.OnMouseUp = TParentMouseUpThunk{this};
     else
@@ -164,9 +183,12 @@ void TDiagContainer::AssignObjEventsEx(QObject* Obj, bool Clear) {
     };
     h.OnMouseMove = [this](QObject* Sender, TShiftState Shift, int X, int Y) {
         DiagMouseMove(Sender, Shift, X, Y);
+        if (!DirectActive())
+            ClassicHint(BlockOf(Sender), X, Y);
     };
     h.OnMouseUp = [this](QObject* Sender, TMouseButton Button, TShiftState Shift, int X, int Y) {
         DiagMouseUp(Sender, Button, Shift, X, Y);
+        NoteSelection();
     };
     SetMouseHandlers(block, h);
     // Hover over a block shows the resize cursor with Shift held, so moves are wanted without a

@@ -30,7 +30,9 @@
 #include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QByteArray>
+#include <QObject>
 #include <QPointer>
+#include <QRect>
 #include <QString>
 #include <QWidget>
 #include <memory>
@@ -38,6 +40,8 @@
 #include <vector>
 
 namespace vde {
+
+struct TDirectEditing;
 
 // Drag state of a block (FResizeMode).
 constexpr int32_t kDragNone = 0, kDragMove = 1, kDragResize = 2;
@@ -51,12 +55,13 @@ constexpr double kMarkerPickDistance = 8.0;
 // The first four bytes of a container stream.
 constexpr uint32_t kContainerSignature = 0x98F35D4Eu;
 
-class VELDIAGEDIT_EXPORT TDiagContainer {
+class VELDIAGEDIT_EXPORT TDiagContainer : public QObject {
+    Q_OBJECT
 public:
     // Without a canvas the container has no block or connection list: it only keeps the
     // parent's own child widgets under move/resize control and their bounds.
     TDiagContainer(QWidget* AParent, TCanvas* ACanvas, TdmMoveResize* AMoveResize);
-    virtual ~TDiagContainer();
+    ~TDiagContainer() override;
     TDiagContainer(const TDiagContainer&) = delete;
     TDiagContainer& operator=(const TDiagContainer&) = delete;
 
@@ -155,6 +160,37 @@ public:
     // Carries out a surface key; true when it was one.
     bool DiagKeyDown(int Key, Qt::KeyboardModifiers Modifiers);
 
+    // ---- direct editing (diag_container_direct.cpp)
+    // Off by default. On, and in design mode, the mouse draws wires from marker to marker,
+    // selects (click, rubber band, Ctrl-click) and moves blocks without Shift; see
+    // docs/editing.md. Off, every handler behaves as it always has.
+    void SetDirectEditing(bool Value);
+    bool DirectEditing() const { return FDirectOn; }
+    // Moves, resizes and free wire ends snap to this many pixels in direct editing; 0 = none.
+    void SetGridSize(int Value);
+    int GridSize() const { return FGridSize; }
+    // The rectangle holding every block (with its markers) and every wire, in the parent's
+    // coordinates; empty for an empty diagram.
+    QRect DiagramRect() const;
+    // The blocks shown as selected, in list order (direct editing may select several).
+    std::vector<TDiagObject*> SelectedBlocks() const;
+    // The wires a rubber band selected, in list order.
+    std::vector<TDiagConnection*> SelectedWires() const;
+    void SelectAll();
+    // What the mouse would do where it last was (also sent with hintChanged).
+    QString Hint() const { return FHint; }
+    // Pixels kept free right of and below the diagram when the surface grows to hold it.
+    static constexpr int kSurfaceMargin = 40;
+
+Q_SIGNALS:
+    // Anything in the diagram changed: a step, an undo or redo, a load.
+    void diagramChanged();
+    void selectionChanged();
+    void extentChanged(QRect Rect);
+    void hintChanged(QString Hint);
+    void designModeChanged(bool On);
+
+public:
     // ---- properties
     QWidget* GetParent() const { return FParent.data(); }
     LongRec GetSelectedInfo() const { return SelInfo; }
@@ -204,6 +240,7 @@ private:
         void operator()(QObject* Sender, TMouseButton Button, TShiftState Shift, int X,
                         int Y) const {
             Self->ParentMouseUp(Sender, Button, Shift, X, Y);
+            Self->NoteSelection();
         }
     };
     // Set while this container's paint handler is hooked on the parent.
@@ -246,6 +283,31 @@ private:
     Qt::FocusPolicy FSavedFocusPolicy = Qt::NoFocus;
     bool FFocusPolicySaved = false;
     int FFullRestores = 0;
+
+    // ---- direct editing and the signals (diag_container_direct.cpp)
+    friend struct TDirectEditing;
+    bool DirectActive() const { return FDirectOn && FDesignMode && ObjList && ConList; }
+    void DirectMouseDown(TMouseButton Button, TShiftState Shift, TPoint P, TDiagObject* On);
+    void DirectMouseMove(TShiftState Shift, TPoint P);
+    void DirectMouseUp(TMouseButton Button, TShiftState Shift, TPoint P, TDiagObject* On);
+    bool IsDirectKey(int Key, Qt::KeyboardModifiers Modifiers) const;
+    bool DirectKeyDown(int Key, Qt::KeyboardModifiers Modifiers);
+    void PaintDirect();
+    void HookParentForDirect();
+    void ClassicHint(TDiagObject* Block, int X, int Y);
+    void SetHint(const QString& Text);
+    // Emits selectionChanged when the selection differs from the one last seen.
+    void NoteSelection();
+    // Emits diagramChanged, and extentChanged when the diagram's rectangle moved.
+    void NoteDiagramChanged();
+    std::unique_ptr<TDirectEditing> FDirect;
+    bool FDirectOn = false;
+    bool FParentDirectHooked = false;
+    bool FSavedTracking = false;
+    int FGridSize = 0;
+    QString FHint;
+    QRect FLastExtent;
+    quint64 FSelectionSeen = 0;
 };
 
 } // namespace vde

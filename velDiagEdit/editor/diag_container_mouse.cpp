@@ -27,7 +27,18 @@ int TDiagContainer::CornerDistance(TGraphicControl* Control, bool BottomRight) c
 }
 
 void TDiagContainer::SetDesignMode(bool Value) {
+    const bool changed = FDesignMode != Value;
     FDesignMode = Value;
+    // Direct editing lives in design mode only; the signal goes out once all is in place.
+    struct TAfter {
+        TDiagContainer* Self;
+        bool Changed;
+        ~TAfter() {
+            Self->HookParentForDirect();
+            if (Changed)
+                Q_EMIT Self->designModeChanged(Self->FDesignMode);
+        }
+    } after{this, changed};
     if (!IsCustomDrawnControl(FParent))
         return;
     UpdateSurfaceFocus();
@@ -58,9 +69,15 @@ void TDiagContainer::SetDesignMode(bool Value) {
         FParent->update();
 }
 
-void TDiagContainer::DiagMouseDown(QObject* Sender, TMouseButton /*Button*/, TShiftState /*Shift*/,
-                                   int /*X*/, int /*Y*/) {
+void TDiagContainer::DiagMouseDown(QObject* Sender, TMouseButton Button, TShiftState Shift, int X,
+                                   int Y) {
     TDiagObject* block = BlockOf(Sender);
+    if (DirectActive()) {
+        if (block)
+            DirectMouseDown(Button, Shift, TPoint{WrapAdd(X, block->x()), WrapAdd(Y, block->y())},
+                            block);
+        return;
+    }
     if (!block || FResizeMode != kDragNone || !IsShiftDown() || !FDesignMode)
         return;
     block->DisablePaint = false;
@@ -74,7 +91,12 @@ void TDiagContainer::DiagMouseDown(QObject* Sender, TMouseButton /*Button*/, TSh
         FParent->update();
 }
 
-void TDiagContainer::DiagMouseMove(QObject* Sender, TShiftState /*Shift*/, int /*X*/, int /*Y*/) {
+void TDiagContainer::DiagMouseMove(QObject* Sender, TShiftState Shift, int X, int Y) {
+    if (DirectActive()) {
+        if (TDiagObject* b = BlockOf(Sender))
+            DirectMouseMove(Shift, TPoint{WrapAdd(X, b->x()), WrapAdd(Y, b->y())});
+        return;
+    }
     if (FResizeMode > kDragNone) {
         MoveDiagObj(Sender);
         return;
@@ -110,9 +132,15 @@ void TDiagContainer::MoveDiagObj(QObject* Sender) {
     FOldPos = P;
 }
 
-void TDiagContainer::DiagMouseUp(QObject* Sender, TMouseButton Button, TShiftState /*Shift*/, int X,
+void TDiagContainer::DiagMouseUp(QObject* Sender, TMouseButton Button, TShiftState Shift, int X,
                                  int Y) {
     TDiagObject* block = BlockOf(Sender);
+    if (DirectActive()) {
+        if (block)
+            DirectMouseUp(Button, Shift, TPoint{WrapAdd(X, block->x()), WrapAdd(Y, block->y())},
+                          block);
+        return;
+    }
     if (FResizeMode != kDragNone) {
         InputState().SetScreenCursor(crDefault);
         FResizeMode = kDragNone;
@@ -156,10 +184,15 @@ void TDiagContainer::DiagMouseUp(QObject* Sender, TMouseButton Button, TShiftSta
     }
 }
 
-void TDiagContainer::ParentMouseUp(QObject* /*Sender*/, TMouseButton Button, TShiftState /*Shift*/,
-                                   int X, int Y) {
+void TDiagContainer::ParentMouseUp(QObject* Sender, TMouseButton Button, TShiftState Shift, int X,
+                                   int Y) {
     if (!FCanvas || !ConList)
         return;
+    // The direct release of a right click on empty surface comes back here (Sender none).
+    if (DirectActive() && Sender) {
+        DirectMouseUp(Button, Shift, TPoint{X, Y}, nullptr);
+        return;
+    }
     FClickPoint = TPoint{X, Y};
     SelectBestSegment(FClickPoint);
     if (Button != mbRight || !FParent)

@@ -463,6 +463,8 @@ TDiagObject* TDiagContainer::SelectedBlock() const {
 }
 
 bool TDiagContainer::IsSurfaceKey(int Key, Qt::KeyboardModifiers Modifiers) const {
+    if (IsDirectKey(Key, Modifiers))
+        return true;
     if (!FDesignMode || !IsCustomDrawnControl(FParent))
         return false;
     const Qt::KeyboardModifiers mods = Modifiers & ~Qt::KeypadModifier;
@@ -485,7 +487,13 @@ bool TDiagContainer::IsSurfaceKey(int Key, Qt::KeyboardModifiers Modifiers) cons
 }
 
 bool TDiagContainer::DiagKeyDown(int Key, Qt::KeyboardModifiers Modifiers) {
-    if (!IsSurfaceKey(Key, Modifiers) || FResizeMode != kDragNone)
+    if (!IsSurfaceKey(Key, Modifiers))
+        return false;
+    if (DirectKeyDown(Key, Modifiers)) {
+        NoteSelection();
+        return true;
+    }
+    if (FResizeMode != kDragNone)
         return false;
     const Qt::KeyboardModifiers mods = Modifiers & ~Qt::KeypadModifier;
     if (mods & Qt::ControlModifier) {
@@ -549,6 +557,7 @@ void TDiagContainer::DeselectEverything() {
         ConList->DeselectAll(nullptr);
     if (FParent)
         FParent->update();
+    NoteSelection();
 }
 
 void TDiagContainer::UpdateSurfaceFocus() {

@@ -49,6 +49,11 @@ public:
     // The same for any widget; none for a widget that never had one.
     static std::vector<TGraphicControl*> ControlsOf(const QWidget* w);
 
+    // Whether the widget itself wants hover moves that fall on no control (it is made to track
+    // the mouse for its controls; their hover is otherwise not the widget's to see).
+    void SetWidgetWantsHover(bool On) { FWidgetTracks = On; }
+    bool WidgetWantsHover() const { return !FTrackingForControls || FWidgetTracks; }
+
     // Hands a mouse event of the widget to the control it concerns; false when it concerns
     // none (the widget's own handling then takes it).
     bool DispatchMouse(QMouseEvent* e);
