@@ -16,6 +16,7 @@
 
 #include <QPainter>
 #include <QPen>
+#include <QRegion>
 #include <algorithm>
 #include <cstdlib>
 
@@ -284,10 +285,10 @@ void TDiagContainer::NoteDiagramChanged() {
     if (FDirect) {
         // Wires of the diagram before may be gone; keep those still in the list.
         QSet<const TDiagConnection*> keep;
-        if (ConList)
-            for (const TDiagConnection* w : std::as_const(FDirect->Wires))
-                if (ConList->IndexOf(w) >= 0)
-                    keep.insert(w);
+        if (ConList && !FDirect->Wires.isEmpty())
+            for (int i = 0; i < ConList->Count(); ++i)
+                if (FDirect->Wires.contains(ConList->Items(i)))
+                    keep.insert(ConList->Items(i));
         FDirect->Wires = keep;
     }
     Q_EMIT diagramChanged();
@@ -837,15 +838,29 @@ void TDirectEditing::BandStep(TDiagContainer& C, TPoint P) {
         if (!b->FSelected)
             b->SetSelected(true);
     d.BandBlocks = inside;
+    const QSet<const TDiagConnection*> was = d.Wires;
     d.Wires = d.BaseWires;
     const TRect br{d.Band.left(), d.Band.top(), d.Band.right() + 1, d.Band.bottom() + 1};
     for (TDiagConnection* w : C.ConList->ConnectionsNear(br, 0))
         if (!w->FPoints.empty() && d.Band.contains(BoxOf(w->FPoints)))
             d.Wires.insert(w);
     C.SetHint(QStringLiteral("%1 block(s), %2 wire(s)").arg(inside.size()).arg(d.Wires.size()));
-    Repaint(C, d.Band.adjusted(-1, -1, 1, 1));
-    // Wires that enter or leave the selection are drawn differently.
-    C.FParent->update(d.Band.adjusted(-4, -4, 4, 4));
+    // Only what changed is repainted: the strips between the band before and now, and the wires
+    // that entered or left the selection (blocks repaint themselves when they do).
+    const QRect before = d.Painted;
+    const QRect now = d.Band.adjusted(-1, -1, 1, 1);
+    QRegion dirty = QRegion(before).united(now);
+    const QRect inner = before.intersected(now).adjusted(2, 2, -2, -2);
+    if (before.isValid() && inner.isValid())
+        dirty -= inner;
+    for (const TDiagConnection* w : std::as_const(d.Wires))
+        if (!was.contains(w))
+            dirty += BoxOf(w->FPoints).adjusted(-3, -3, 3, 3);
+    for (const TDiagConnection* w : was)
+        if (!d.Wires.contains(w))
+            dirty += BoxOf(w->FPoints).adjusted(-3, -3, 3, 3);
+    d.Painted = now;
+    C.FParent->update(dirty);
 }
 
 void TDirectEditing::Cancel(TDiagContainer& C) {
@@ -990,7 +1005,8 @@ void TDiagContainer::PaintDirect() {
     p->save();
     p->setRenderHint(QPainter::Antialiasing, false);
     const QColor accent(0, 120, 215);
-    for (TDiagConnection* w : SelectedWires()) {
+    // The set holds live wires only: every change of the diagram sifts it.
+    for (const TDiagConnection* w : d.Wires) {
         p->setPen(QPen(accent, 3));
         for (size_t i = 0; i + 1 < w->FPoints.size(); ++i)
             p->drawLine(QPoint(w->FPoints[i].X, w->FPoints[i].Y),
@@ -1028,7 +1044,7 @@ void TDiagContainer::PaintDirect() {
         p->drawRect(d.Band);
     }
     // The corner handle of the selected block.
-    if (TDiagObject* b = SelObj.data(); b && b->FSelected && ObjList->IndexOf(b) >= 0) {
+    if (TDiagObject* b = SelObj.data(); b && b->FSelected && b->parentWidget() == FParent) {
         const TRect r = b->BoundsRect();
         p->setPen(QPen(accent, 1));
         p->setBrush(Qt::white);

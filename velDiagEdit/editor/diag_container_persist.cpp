@@ -182,6 +182,9 @@ void TDiagContainer::LoadFromStream(TStream& Stream) {
     AssignPaintEvent();
     if (FParent)
         FParent->update();
+    // A load that an undo or redo makes is announced by the stack once it is done.
+    if (!FUndoStack || !FUndoStack->IsRestoring())
+        NoteDiagramChanged();
 }
 
 // ---- files
