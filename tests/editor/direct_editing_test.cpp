@@ -285,8 +285,10 @@ TEST_F(DirectFixture, ADragMovesABlockWithoutShiftInOneStep) {
     stack->clear();
     DragPanel(QPoint(70, 120), QPoint(100, 137), 5);
     EXPECT_EQ(a->BoundsRect(), (TRect{80, 77, 140, 177}));
-    // The wire follows the block, re-anchored on the marker's tip as a wire read from a stream.
-    EXPECT_EQ(Con(0)->FPoints.front(), Tip(a, 1));
+    // The wire between the two gates is routed square again, one pixel back through each marker.
+    const TPoint s = Tip(a, 1), t = Tip(b, -1);
+    EXPECT_EQ(Con(0)->FPoints.front(), (TPoint{s.X - 1, s.Y}));
+    EXPECT_EQ(Con(0)->FPoints.back(), (TPoint{t.X + 1, t.Y}));
     EXPECT_TRUE(Square(Con(0)->FPoints));
     const auto after = Stream();
     ASSERT_EQ(stack->count(), 1);
@@ -328,6 +330,7 @@ TEST_F(DirectFixture, TheCornerHandleOfTheSelectedBlockResizesWithTheMinimumHeld
     const auto before = Stream();
     DragPanel(QPoint(110, 160), QPoint(135, 200), 4);
     EXPECT_EQ(a->BoundsRect(), (TRect{50, 60, 135, 200}));
+    EXPECT_EQ(dc->Hint(), QStringLiteral("Drag to resize"));
     DragPanel(QPoint(135, 200), QPoint(20, 20), 4);
     // 50 pixels is as small as a block gets.
     EXPECT_EQ(a->BoundsRect(), (TRect{50, 60, 100, 110}));

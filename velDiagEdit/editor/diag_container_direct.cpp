@@ -114,6 +114,22 @@ QRect BoxOf(const TPoints& pts) {
     return QRect(QPoint(l, t), QPoint(r, b));
 }
 
+// A wire between two blocks' markers gets the model's square route again when a block moves;
+// re-anchoring its ends alone (what a wire read from a stream does) slants its end segments. A
+// wire that ends on another wire, or nowhere, keeps its shape and is re-anchored.
+void RouteSquare(TDiagConnection* w) {
+    if (!w->FSource || !w->FDest || !w->FSrcCrossInfo.IsZero() || !w->FDstCrossInfo.IsZero()) {
+        w->MakePath();
+        return;
+    }
+    const bool editable = w->FIsEditable;
+    if (w->FTol == TPoint{})
+        w->FTol = kRouteTol;
+    w->FIsEditable = false;
+    w->MakePath();
+    w->FIsEditable = editable;
+}
+
 } // namespace
 
 // ---- finding what lies under the mouse ---------------------------------------------------------
@@ -533,8 +549,6 @@ void TDiagContainer::DirectMouseUp(TMouseButton Button, TShiftState Shift, TPoin
         FUndoStack->EndStep();
         break;
     case TDirectEditing::gkResize:
-        if (d.Block && ConList)
-            ConList->UpdatePath(d.Block);
         FUndoStack->EndStep();
         break;
     case TDirectEditing::gkEmptyPress:
@@ -560,6 +574,8 @@ void TDiagContainer::DirectMouseUp(TMouseButton Button, TShiftState Shift, TPoin
     if (FParent)
         FParent->update();
     NoteSelection();
+    // The hint is about what the mouse would do next, where it is.
+    TDirectEditing::Hover(*this, P);
 }
 
 // ---- the gestures -----------------------------------------------------------------------------
@@ -587,13 +603,14 @@ void TDirectEditing::Hover(TDiagContainer& C, TPoint P) {
     TDiagObject* mb = MarkerBlockAt(C.FParent, P, nullptr, m);
     LongRec seg{};
     QString hint;
+    TDiagObject* sel = C.SelObj.data();
     if (mb) {
         hint = QStringLiteral("Drag to draw a wire from %1").arg(MarkerName(m));
+    } else if (sel && sel->FSelected && OnHandle(sel, P)) {
+        hint = QStringLiteral("Drag to resize");
     } else if (TDiagObject* b = BlockAt(C.FParent, P)) {
-        hint = b->FSelected && OnHandle(b, P)
-                   ? QStringLiteral("Drag to resize")
-                   : QStringLiteral("Click to select %1, drag to move it, Ctrl-click to add it")
-                         .arg(GoodDiagObjTypeName(b->GetDiagObjType()));
+        hint = QStringLiteral("Click to select %1, drag to move it, Ctrl-click to add it")
+                   .arg(GoodDiagObjTypeName(b->GetDiagObjType()));
     } else {
         seg = C.ConList->FindBestSegment(P, nullptr, true, 0);
         hint = seg.IsZero() ? QStringLiteral("Drag to select blocks and wires")
@@ -784,7 +801,7 @@ void TDirectEditing::MoveBlocks(TDiagContainer& C, int DX, int DY) {
         C.ConList->PathChanged(w);
     }
     for (TDiagConnection* w : d.Outer)
-        w->MakePath();
+        RouteSquare(w);
     if (C.FParent)
         C.FParent->update();
 }
@@ -816,7 +833,15 @@ void TDirectEditing::ResizeStep(TDiagContainer& C, TPoint P) {
     const int bottom = Snap(WrapAdd(r.Bottom, WrapSub(P.Y, d.Start.Y)), g);
     const int w = std::max(kMinBlockSize, WrapSub(right, r.Left));
     const int h = std::max(kMinBlockSize, WrapSub(bottom, r.Top));
-    d.Block->SetBounds(r.Left, r.Top, w, h);
+    {
+        // Routed square below, not re-anchored by the bounds notification.
+        const int32_t saved = C.FResizeMode;
+        C.FResizeMode = kDragResize;
+        d.Block->SetBounds(r.Left, r.Top, w, h);
+        C.FResizeMode = saved;
+    }
+    for (TDiagConnection* c : C.ConList->ConnectionsAt(d.Block))
+        RouteSquare(c);
     C.SetHint(QStringLiteral("%1 x %2").arg(w).arg(h));
     if (C.FParent)
         C.FParent->update();
