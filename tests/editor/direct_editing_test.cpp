@@ -487,3 +487,21 @@ TEST_F(DirectFixture, HoverNamesWhatAPressWouldDo) {
     EXPECT_EQ(dc->Hint(), QStringLiteral("Drag to select blocks and wires"));
     EXPECT_GE(hints.count(), 2);
 }
+
+TEST_F(DirectFixture, ABlocksTooltipNamesItsKindAndCounts) {
+    dc->SetDirectEditing(false);
+    panel.setToolTip(QStringLiteral("host"));
+    dc->SetDirectEditing(true);
+    MoveTo(QPoint(80, 100));
+    // An AND gate has two inputs and one output.
+    EXPECT_EQ(panel.toolTip(), QStringLiteral("AndLogic: 2 input(s), 1 output(s)"));
+    MoveTo(QPoint(200, 260));
+    EXPECT_EQ(panel.toolTip(), QString());
+    dc->SetDirectEditing(false);
+    EXPECT_EQ(panel.toolTip(), QStringLiteral("host"));
+    // A tooltip the host set meanwhile stays.
+    dc->SetDirectEditing(true);
+    panel.setToolTip(QStringLiteral("mine"));
+    dc->SetDirectEditing(false);
+    EXPECT_EQ(panel.toolTip(), QStringLiteral("mine"));
+}

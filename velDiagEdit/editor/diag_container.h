@@ -304,6 +304,7 @@ private:
     bool FDirectOn = false;
     bool FParentDirectHooked = false;
     bool FSavedTracking = false;
+    QString FSavedToolTip;
     int FGridSize = 0;
     QString FHint;
     QRect FLastExtent;

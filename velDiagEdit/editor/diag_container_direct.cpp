@@ -180,6 +180,14 @@ void TDiagContainer::SetDirectEditing(bool Value) {
     FDirectOn = Value;
     if (!FDirect)
         FDirect = std::make_unique<TDirectEditing>();
+    // Hover sets the surface's tooltip; the host's own comes back when direct editing ends.
+    if (FParent) {
+        if (Value)
+            FSavedToolTip = FParent->toolTip();
+        else if (FDirect->OwnsTip && FParent->toolTip() == FDirect->OwnTip)
+            FParent->setToolTip(FSavedToolTip);
+        FDirect->OwnsTip = false;
+    }
     if (!Value && ObjList) {
         // The classic gestures know one selected block: the others are let go.
         TDiagObject* keep = SelObj && SelObj->FSelected ? SelObj.data() : nullptr;
@@ -611,7 +619,20 @@ void TDirectEditing::Hover(TDiagContainer& C, TPoint P) {
     } else if (TDiagObject* b = BlockAt(C.FParent, P)) {
         hint = QStringLiteral("Click to select %1, drag to move it, Ctrl-click to add it")
                    .arg(GoodDiagObjTypeName(b->GetDiagObjType()));
-    } else {
+    }
+    // The tooltip names the block under the mouse: its kind and its counts.
+    TDiagObject* under = mb ? mb : BlockAt(C.FParent, P);
+    const QString tip = under ? QStringLiteral("%1: %2 input(s), %3 output(s)")
+                                    .arg(GoodDiagObjTypeName(under->GetDiagObjType()))
+                                    .arg(under->FInputs.size())
+                                    .arg(under->FOutputs.size())
+                              : QString();
+    if (C.FParent->toolTip() != tip) {
+        C.FParent->setToolTip(tip);
+        d.OwnTip = tip;
+        d.OwnsTip = true;
+    }
+    if (hint.isEmpty()) {
         seg = C.ConList->FindBestSegment(P, nullptr, true, 0);
         hint = seg.IsZero() ? QStringLiteral("Drag to select blocks and wires")
                             : QStringLiteral("Click to select this segment");

@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QRect>
 #include <QSet>
+#include <QString>
 #include <vector>
 
 namespace vde {
@@ -59,6 +60,9 @@ struct TDirectEditing {
     QSet<const TDiagConnection*> Wires;
     // What the overlay painted last, to repaint it away.
     QRect Painted;
+    // The tooltip hover last gave the surface; the host's comes back only over our own.
+    QString OwnTip;
+    bool OwnsTip = false;
 
     // The steps of the gestures (diag_container_direct.cpp); they reach the container's
     // internals, hence members of the befriended state.
