@@ -23,6 +23,9 @@ TDiagContainer::TDiagContainer(QWidget* AParent, TCanvas* ACanvas, TdmMoveResize
 }
 
 TDiagContainer::~TDiagContainer() {
+    // A live simulator may outlive the container; its signals must not reach it any more.
+    for (const QMetaObject::Connection& c : FLiveConnections)
+        QObject::disconnect(c);
     // The handlers on the parent call back into this object; a parent that outlives the
     // container must not call them any more. Only what is still this container's own is taken
     // off: another container on the same parent may have hooked its own since, and it stays.
