@@ -1268,3 +1268,147 @@ TEST_F(Veldiag, SimulateEveryExampleOnItsStimuli) {
         EXPECT_TRUE(ReadAll(Path(name + QStringLiteral(".vcd"))).startsWith("$version"));
     }
 }
+
+namespace {
+
+// The values of each wire of a value-change dump at every step 0 .. steps - 1, read from its
+// text: the $var lines name the codes, then "#t" lines set the time and "0c" / "1c" lines the
+// values from that time on.
+QHash<QString, QString> VcdWaves(const QByteArray& vcd, int steps) {
+    QHash<QString, QString> nameOf; // code -> name
+    QHash<QString, QString> waves;  // name -> '0'/'1' per step
+    int t = 0;
+    for (const QByteArray& raw : vcd.split('\n')) {
+        const QString line = QString::fromUtf8(raw).trimmed();
+        if (line.startsWith(QLatin1String("$var"))) {
+            const QStringList w = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+            nameOf.insert(w.at(3), w.at(4));
+            waves.insert(w.at(4), QString(steps, QLatin1Char('0')));
+        } else if (line.startsWith(QLatin1Char('#'))) {
+            t = line.mid(1).toInt();
+        } else if (!line.isEmpty() &&
+                   (line[0] == QLatin1Char('0') || line[0] == QLatin1Char('1'))) {
+            QString& w = waves[nameOf.value(line.mid(1))];
+            for (int k = t; k < steps && k < w.size(); ++k)
+                w[k] = line[0];
+        }
+    }
+    return waves;
+}
+
+// Runs an example on its own stimuli file to a dump and reads it back.
+QHash<QString, QString> SimulatedExample(const QString& dir, const QString& name, int steps,
+                                         QByteArray* err = nullptr) {
+    const QString out = dir + QLatin1Char('/') + name + QStringLiteral(".vcd");
+    const ToolRun r = Tool({QStringLiteral("simulate"), Example(name, QStringLiteral("dgm")),
+                            QStringLiteral("--stimuli"),
+                            Example(name + QStringLiteral(".stimuli"), QStringLiteral("json")),
+                            QStringLiteral("-o"), out});
+    EXPECT_EQ(r.Code, 0) << name.toStdString() << ": " << r.Err.toStdString();
+    if (err)
+        *err = r.Err;
+    else
+        EXPECT_TRUE(r.Err.isEmpty()) << name.toStdString() << ": " << r.Err.toStdString();
+    return VcdWaves(ReadAll(out), steps);
+}
+
+QString Bits(const char* groups) {
+    return QString::fromLatin1(groups).remove(QLatin1Char(' '));
+}
+
+QChar Bit(bool one) {
+    return one ? QLatin1Char('1') : QLatin1Char('0');
+}
+
+} // namespace
+
+TEST_F(Veldiag, SimulatedHalfAdderAddsTwoBits) {
+    const auto w = SimulatedExample(Dir.path(), QStringLiteral("half_adder"), 20);
+    // A and B hold each of 00, 01, 10, 11 for four steps; the sum needs two gate delays.
+    for (int k = 0; k < 4; ++k) {
+        const int a = k >> 1, b = k & 1, step = 4 * k + 3;
+        EXPECT_EQ(w[QStringLiteral("S")][step], Bit(a != b)) << k;
+        EXPECT_EQ(w[QStringLiteral("C")][step], Bit(a && b)) << k;
+    }
+}
+
+TEST_F(Veldiag, SimulatedFullAdderFollowsItsTruthTable) {
+    const auto w = SimulatedExample(Dir.path(), QStringLiteral("full_adder"), 48);
+    // The clocks of 48, 24 and 12 steps count A B Cin through 000 .. 111, six steps each. The
+    // longest path (A, OR, AND, OR, AND) takes four steps, so the last step of each six shows
+    // the settled sum: S is 1 for an odd number of ones, Cout for two or more.
+    for (int k = 0; k < 8; ++k) {
+        const int ones = (k & 1) + ((k >> 1) & 1) + ((k >> 2) & 1), step = 6 * k + 5;
+        EXPECT_EQ(w[QStringLiteral("A")][step], Bit((k >> 2) & 1)) << k;
+        EXPECT_EQ(w[QStringLiteral("B")][step], Bit((k >> 1) & 1)) << k;
+        EXPECT_EQ(w[QStringLiteral("Cin")][step], Bit(k & 1)) << k;
+        EXPECT_EQ(w[QStringLiteral("S")][step], Bit(ones % 2 == 1)) << k;
+        EXPECT_EQ(w[QStringLiteral("Cout")][step], Bit(ones >= 2)) << k;
+    }
+}
+
+TEST_F(Veldiag, SimulatedNorLatchIsResetSetAndResetAgain) {
+    const auto w = SimulatedExample(Dir.path(), QStringLiteral("rs_latch"), 20);
+    // R is 1 at steps 0-1: Q stays 0 and /Q (not S or Q) rises at 1. S is 1 at 6-7: /Q falls
+    // at 7, Q (not R or /Q) rises at 8 and holds. R is 1 at 14-15: Q falls at 15, /Q rises at
+    // 16.
+    EXPECT_EQ(w[QStringLiteral("Q")], Bits("00000000 1111111 00000"));
+    EXPECT_EQ(w[QStringLiteral("/Q")], Bits("0 111111 000000000 1111"));
+    // Without the first reset both gates start alike and flip together.
+    WriteAll(Path("idle.json"), R"({"steps": 20, "signals": {"S": "0", "R": "0"}})");
+    const ToolRun r =
+        Tool({QStringLiteral("simulate"), Example("rs_latch", "dgm"), QStringLiteral("--stimuli"),
+              Path("idle.json"), QStringLiteral("-o"), Path("idle.vcd")});
+    EXPECT_EQ(r.Code, 0);
+    EXPECT_TRUE(r.Err.contains("warning: Oscillation")) << r.Err.toStdString();
+}
+
+TEST_F(Veldiag, SimulatedFlipFlopBlockHoldsAndReportsTheForbiddenInput) {
+    QByteArray err;
+    const auto w = SimulatedExample(Dir.path(), QStringLiteral("rs_flipflop"), 22, &err);
+    // S at 2-3 sets (Q at 3), R at 7-8 resets (8), S at 12 sets (13), R and S both 1 at 14-15
+    // hold, S falls at 16 with R still 1: reset at 17.
+    EXPECT_EQ(w[QStringLiteral("Q")], Bits("000 11111 00000 1111 00000"));
+    EXPECT_TRUE(err.contains("R = S = 1 (forbidden) 1 time(s), first at step 14"))
+        << err.toStdString();
+}
+
+TEST_F(Veldiag, SimulatedDLatchFollowsDWhileEnabledAndHoldsOtherwise) {
+    const auto w = SimulatedExample(Dir.path(), QStringLiteral("d_latch"), 30);
+    // Two steps behind D while EN is 1 (4-11 and 22-25): 1 at 6, 0 at 10, 1 at 12; EN falls at
+    // 12 and Q holds 1 through D's changes until EN is 1 again and D falls at 24: 0 at 26.
+    EXPECT_EQ(w[QStringLiteral("Q")], Bits("000000 1111 00 11111111111111 0000"));
+}
+
+TEST_F(Veldiag, SimulatedRippleCounterCountsTheFallingEdgesOfItsClock) {
+    const auto w = SimulatedExample(Dir.path(), QStringLiteral("ripple_counter"), 280);
+    // CLK falls at 16, 32, ...; each stage toggles two steps after its clock falls, so the
+    // count has rippled through all four stages by 8 steps after the edge.
+    for (int n = 0; n <= 16; ++n) {
+        const int step = 16 * n + 12;
+        int count = 0;
+        for (int bit = 0; bit < 4; ++bit)
+            if (w[QStringLiteral("Q%1").arg(bit)][step] == QLatin1Char('1'))
+                count |= 1 << bit;
+        EXPECT_EQ(count, n % 16) << "at step " << step;
+    }
+    // Q0 itself: 0 until 18, then toggling every 16 steps.
+    const QString q0 = w[QStringLiteral("Q0")];
+    for (int t = 0; t < 280; ++t)
+        EXPECT_EQ(q0[t], Bit(t >= 18 && ((t - 18) / 16) % 2 == 0)) << t;
+}
+
+TEST_F(Veldiag, SimulatedJunctionsGateTheirInputsWithEnable) {
+    const auto w = SimulatedExample(Dir.path(), QStringLiteral("junctions"), 16);
+    // Y1 = A and EN, Y2 = IN and EN, Y3 = IN or EN, one step after the inputs.
+    const QString a = w[QStringLiteral("A")], in = w[QStringLiteral("IN")],
+                  en = w[QStringLiteral("EN")];
+    ASSERT_EQ(a.size(), 16);
+    for (int t = 1; t < 16; ++t) {
+        const bool A = a[t - 1] == QLatin1Char('1'), IN = in[t - 1] == QLatin1Char('1'),
+                   EN = en[t - 1] == QLatin1Char('1');
+        EXPECT_EQ(w[QStringLiteral("Y1")][t], Bit(A && EN)) << t;
+        EXPECT_EQ(w[QStringLiteral("Y2")][t], Bit(IN && EN)) << t;
+        EXPECT_EQ(w[QStringLiteral("Y3")][t], Bit(IN || EN)) << t;
+    }
+}

@@ -694,7 +694,7 @@ TEST(TableActionsOutage, ASaveWhileThePostgreSQLServerIsDownRaisesAndSucceedsLat
         dm.LoadDiagram(QString());
         const std::vector<uint8_t> oldBytes = DiagramBytes(*dm.DiagContr);
         dm.SetDesignMode(true);
-        dm.DiagContr->LoadDiagramFromFile(Example("counter_stage.dgm"));
+        dm.DiagContr->LoadDiagramFromFile(Example("ripple_counter.dgm"));
         const std::vector<uint8_t> bytes = DiagramBytes(*dm.DiagContr);
         ASSERT_NE(bytes, oldBytes);
 

@@ -542,3 +542,21 @@ TEST(SimNets, ListsLoadedFromAStreamWithoutAWindowSimulateAsDrawn) {
     EXPECT_EQ(TraceNamed(sim, "Y").Changes, Ch({{3, true}}));
     EXPECT_EQ(TraceNamed(sim, "Z").Changes, Ch({{3, true}}));
 }
+
+TEST(SimSignals, AResetAndARebuildAnnounceThemselves) {
+    Circuit c;
+    TDiagText* a = c.Source(0, 0, QStringLiteral("A"));
+    TDiagText* p = c.Probe(200, 0, QStringLiteral("P"));
+    c.Connect(a, 1, p, -1);
+    TDiagSimulator sim(c.Blocks, c.Wires);
+    QSignalSpy resets(&sim, &TDiagSimulator::WasReset);
+    QSignalSpy steps(&sim, &TDiagSimulator::Stepped);
+    sim.Run(3);
+    EXPECT_EQ(resets.count(), 0);
+    sim.Reset();
+    EXPECT_EQ(resets.count(), 1);
+    EXPECT_EQ(sim.Time(), 0);
+    sim.Rebuild(c.Blocks, c.Wires);
+    EXPECT_EQ(resets.count(), 2);
+    EXPECT_EQ(steps.count(), 3);
+}

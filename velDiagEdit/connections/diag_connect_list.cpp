@@ -403,6 +403,17 @@ void TDiagConnectList::Paint() {
             c->Paint();
 }
 
+void TDiagConnectList::SetWireColors(TWireColorFunc Func) {
+    FWireColors = std::move(Func);
+}
+
+bool TDiagConnectList::WireColor(const TDiagConnection* Con, TColor& Color) const {
+    if (!FWireColors)
+        return false;
+    const int i = IndexOfLive(Con);
+    return i >= 0 && FWireColors(i, Color);
+}
+
 void TDiagConnectList::Refresh() {
     for (const auto& c : FItems)
         c->MakePath();

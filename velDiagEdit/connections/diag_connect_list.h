@@ -53,6 +53,14 @@ public:
     void Paint();
     void Refresh();
 
+    // Colours of wires by something outside the list (a live view of a simulation): given the
+    // wire's index, the function says its colour, or false for the wire's own. Segments that
+    // are not selected are drawn in it, and the junction dot. None by default.
+    using TWireColorFunc = std::function<bool(int Index, TColor& Color)>;
+    void SetWireColors(TWireColorFunc Func);
+    bool HasWireColors() const { return bool(FWireColors); }
+    bool WireColor(const TDiagConnection* Con, TColor& Color) const;
+
     // Tells the index that a connection's path, pen or end blocks were written directly.
     void PathChanged(TDiagConnection* Con);
     // The same for every connection.
@@ -119,6 +127,7 @@ private:
     TDiagConnection* Addressed(LongRec LR) const;
     std::vector<std::unique_ptr<TDiagConnection>> FItems;
     std::unique_ptr<TIndex> FIndex;
+    TWireColorFunc FWireColors;
 };
 
 } // namespace vde

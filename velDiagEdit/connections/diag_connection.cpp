@@ -222,7 +222,12 @@ int TDiagConnection::FindNearestSegment(TPoint P, double* Distance, bool UseLimi
 // --- painting
 
 TColor TDiagConnection::GetActiveColor(int Index) const {
-    return Index - 1 == FSelectedIndex ? FSelSegmentColor : 0;
+    if (Index - 1 == FSelectedIndex)
+        return FSelSegmentColor;
+    TColor live = 0;
+    if (FOwner && FOwner->WireColor(this, live))
+        return live;
+    return 0;
 }
 
 void TDiagConnection::Paint() {

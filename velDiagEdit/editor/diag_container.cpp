@@ -31,6 +31,9 @@ TDiagContainer::~TDiagContainer() {
     // The stack clears itself as it goes, after the parts its signal would reach are gone.
     if (FUndoStack)
         FUndoStack->disconnect(this);
+    // A live simulator may outlive the container; its signals must not reach it any more.
+    for (const QMetaObject::Connection& c : FLiveConnections)
+        QObject::disconnect(c);
     // The handlers on the parent call back into this object; a parent that outlives the
     // container must not call them any more. Only what is still this container's own is taken
     // off: another container on the same parent may have hooked its own since, and it stays.

@@ -42,6 +42,11 @@
 namespace vde {
 
 struct TDirectEditing;
+class TDiagSimulator;
+
+// Wire colours of the live view of a simulation.
+constexpr TColor kLiveOneColor = 0x1E1EDC;  // a net at 1 (red)
+constexpr TColor kLiveZeroColor = 0xA05000; // a net at 0 (blue)
 
 // Drag state of a block (FResizeMode).
 constexpr int32_t kDragNone = 0, kDragMove = 1, kDragResize = 2;
@@ -191,6 +196,19 @@ Q_SIGNALS:
     void designModeChanged(bool On);
 
 public:
+    // ---- live view of a simulation
+    // Off (null) by default. With a simulator, every wire is drawn in the one-colour while its
+    // net is at 1 and in the zero-colour while it is at 0; a selected segment keeps the
+    // selection colour and a wire on no net its own. The surface repaints after each step and
+    // each reset of the simulator. The simulator must have been made (or rebuilt) from this
+    // container's lists, and rebuilt after they change; it is watched, so one that goes away
+    // turns the view off. Null turns it off and paints exactly as without it.
+    void SetLiveSimulator(const TDiagSimulator* Simulator);
+    const TDiagSimulator* LiveSimulator() const;
+    void SetLiveColors(TColor One, TColor Zero);
+    TColor LiveOneColor() const { return FLiveOne; }
+    TColor LiveZeroColor() const { return FLiveZero; }
+
     // ---- properties
     QWidget* GetParent() const { return FParent.data(); }
     LongRec GetSelectedInfo() const { return SelInfo; }
@@ -309,6 +327,12 @@ private:
     QString FHint;
     QRect FLastExtent;
     quint64 FSelectionSeen = 0;
+    // ---- live view
+    void UpdateLiveView();
+    QPointer<const TDiagSimulator> FLive;
+    std::vector<QMetaObject::Connection> FLiveConnections;
+    TColor FLiveOne = kLiveOneColor;
+    TColor FLiveZero = kLiveZeroColor;
 };
 
 } // namespace vde

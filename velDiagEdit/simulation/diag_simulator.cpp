@@ -556,6 +556,7 @@ void TDiagSimulator::Reset() {
             tr.Changes.push_back({0, true});
     }
     ResolveWaves();
+    emit WasReset();
 }
 
 void TDiagSimulator::Apply(int32_t Pin, bool Value, int32_t Depth) {

@@ -107,7 +107,8 @@ public:
     void SetStimuli(const TSimStimuli& Stimuli);
     void ClearStimuli();
 
-    // Back to step 0: every net 0, every flip-flop reset, traces empty.
+    // Back to step 0: every net 0, every flip-flop reset, traces empty; WasReset is emitted.
+    // Rebuild resets too.
     void Reset();
     // One step: the sources take their values at the current step, the changes due now arrive,
     // and the blocks whose inputs changed evaluate; then time moves on by one and Stepped is
@@ -149,6 +150,7 @@ public:
 
 signals:
     void Stepped(qint64 Step);
+    void WasReset();
 
 private:
     enum TRole : uint8_t { rInert, rAnd, rOr, rRS, rSource, rProbe, rBuffer };
