@@ -24,6 +24,7 @@
 #include "velDiagEdit/platform/panel.h"
 #include "velDiagEdit/platform/recording_backend.h"
 #include "velDiagEdit/platform/streams.h"
+#include "velDiagEdit/platform/translations.h"
 #include "velDiagEdit/platform/types.h"
 
 #include "velDiagEdit/geometry/codecs.h"

@@ -194,7 +194,8 @@ void TDiagContainer::CreateDiagObEvent(QObject* Sender) {
     if (!item || item->Tag < 0 || item->Tag > 255)
         return;
     const auto kind = TDiagObjectType(uint8_t(item->Tag));
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Create ") + GoodDiagObjTypeName(kind));
+    const TUndoStepScope step(UndoStack(),
+                              tr("Create %1").arg(DiagObjTypeCaption(kind).Translated()));
     TDiagObject* obj = CreateObjectAtMousePos(kind);
     if (obj)
         AssignObjEvents(obj);

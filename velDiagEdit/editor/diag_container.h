@@ -30,6 +30,7 @@
 #include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QPointer>
 #include <QString>
 #include <QWidget>
@@ -52,6 +53,9 @@ constexpr double kMarkerPickDistance = 8.0;
 constexpr uint32_t kContainerSignature = 0x98F35D4Eu;
 
 class VELDIAGEDIT_EXPORT TDiagContainer {
+    // The texts the surface shows (prompts, messages, undo step names) are translated in the
+    // context "vde::TDiagContainer"; see platform/translations.h.
+    Q_DECLARE_TR_FUNCTIONS(vde::TDiagContainer)
 public:
     // Without a canvas the container has no block or connection list: it only keeps the
     // parent's own child widgets under move/resize control and their bounds.

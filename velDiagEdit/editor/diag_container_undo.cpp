@@ -421,7 +421,7 @@ void TDiagContainer::ApplyDragState(const TDragState& S) {
 
 void TDiagContainer::BeginDragStep(TDiagObject* Block) {
     FDragBefore.reset();
-    FDragText = FResizeMode == kDragResize ? QStringLiteral("Resize") : QStringLiteral("Move");
+    FDragText = FResizeMode == kDragResize ? tr("Resize") : tr("Move");
     const int i = ObjList ? ObjList->IndexOf(Block) : -1;
     if (i < 0 || !ConList)
         return;
@@ -527,7 +527,7 @@ void TDiagContainer::MoveSelectedBlockBy(int DX, int DY) {
     const QByteArray before = FUndoStack->Snapshot();
     // The block's bounds event has the connection list reroute its wires.
     b->SetBounds(WrapAdd(b->x(), DX), WrapAdd(b->y(), DY), b->width(), b->height());
-    FUndoStack->PushStep(QStringLiteral("Move"), before, kKeyMoveMergeId, b->FObjKey);
+    FUndoStack->PushStep(tr("Move"), before, kKeyMoveMergeId, b->FObjKey);
     if (FParent)
         FParent->update();
 }
