@@ -1,6 +1,7 @@
 #include "velDiagEdit/editor/diag_container.h"
 
 #include "velDiagEdit/geometry/codecs.h"
+#include "velDiagEdit/platform/graphic_host.h"
 #include "velDiagEdit/platform/paint_hook.h"
 
 #include <QWidget>
@@ -40,6 +41,10 @@ TDiagContainer::~TDiagContainer() {
                 SetParentMouseUp(false);
         }
     }
+    // The parent's paint goes back to the colours as given once its diagram is gone.
+    if (FParent && FFollowsPalette)
+        if (TGraphicHost* h = TGraphicHost::Find(FParent))
+            h->SetFollowPalette(false);
     ConList.reset();
     ObjList.reset();
     CntList.reset();
@@ -86,6 +91,18 @@ void TDiagContainer::AssignPaintEvent() {
     }
     FPaintHooked =
         SetPublishedMethod(FParent, QStringLiteral("OnPaint"), TParentPaintThunk{this, FParent});
+}
+
+void TDiagContainer::SetFollowPalette(bool Value) {
+    if (!FParent)
+        return;
+    TGraphicHost::For(FParent)->SetFollowPalette(Value);
+    FFollowsPalette = Value;
+}
+
+bool TDiagContainer::GetFollowPalette() const {
+    const TGraphicHost* h = FParent ? TGraphicHost::Find(FParent) : nullptr;
+    return h && h->GetFollowPalette();
 }
 
 void TDiagContainer::PaintEvent(QObject* /*Sender*/) {

@@ -159,6 +159,14 @@ public:
     // Carries out a surface key; true when it was one.
     bool DiagKeyDown(int Key, Qt::KeyboardModifiers Modifiers);
 
+    // ---- palette
+    // Off (the default): blocks and wires are drawn in their own colours, whatever the palette.
+    // On: the library's default colours are taken from the parent's palette roles, so that
+    // text and wires read at 4.5:1 or better on a light and on a dark palette alike (see
+    // PaletteColor in platform/colors.h); colours a host gave a block stay as given.
+    void SetFollowPalette(bool Value);
+    bool GetFollowPalette() const;
+
     // ---- properties
     QWidget* GetParent() const { return FParent.data(); }
     LongRec GetSelectedInfo() const { return SelInfo; }
@@ -213,6 +221,7 @@ private:
     // Set while this container's paint handler is hooked on the parent.
     bool FPaintHooked = false;
     bool FMouseUpHooked = false;
+    bool FFollowsPalette = false;
 
     // ---- undo, redo and keys
     void InitUndo();
