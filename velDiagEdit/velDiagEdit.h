@@ -67,4 +67,5 @@
 #include "velDiagEdit/timechart/time_chart_sample.h"
 
 #include "velDiagEdit/package/diag_package.h"
+#include "velDiagEdit/package/diagram_widget.h"
 #include "velDiagEdit/package/version.h"
