@@ -1,5 +1,6 @@
 #include "velDiagEdit/editor/diag_container.h"
 
+#include "velDiagEdit/editor/diag_accessible.h"
 #include "velDiagEdit/geometry/codecs.h"
 #include "velDiagEdit/platform/graphic_host.h"
 #include "velDiagEdit/platform/paint_hook.h"
@@ -21,6 +22,8 @@ TDiagContainer::TDiagContainer(QWidget* AParent, TCanvas* ACanvas, TdmMoveResize
     dmMoveResize = AMoveResize;
     AssignControlEventsForParent();
     InitUndo();
+    if (FParent && FCanvas)
+        RegisterDiagSurface(FParent, this);
 }
 
 TDiagContainer::~TDiagContainer() {
@@ -41,6 +44,8 @@ TDiagContainer::~TDiagContainer() {
                 SetParentMouseUp(false);
         }
     }
+    if (FParent)
+        UnregisterDiagSurface(FParent, this);
     // The parent's paint goes back to the colours as given once its diagram is gone.
     if (FParent && FFollowsPalette)
         if (TGraphicHost* h = TGraphicHost::Find(FParent))

@@ -159,6 +159,15 @@ public:
     // Carries out a surface key; true when it was one.
     bool DiagKeyDown(int Key, Qt::KeyboardModifiers Modifiers);
 
+    // ---- keyboard navigation and reading order
+    // Off (the default): Tab and Shift+Tab are not the surface's keys, and move the focus on as
+    // in any form. On, in design mode they select the next and the previous block in reading
+    // order (the first or the last when none is selected, round from the last to the first).
+    void SetTabSelectsBlocks(bool Value) { FTabSelectsBlocks = Value; }
+    bool GetTabSelectsBlocks() const { return FTabSelectsBlocks; }
+    // The blocks as they are read: by their top edge, then by their left edge, then as listed.
+    std::vector<TDiagObject*> BlocksInReadingOrder() const;
+
     // ---- palette
     // Off (the default): blocks and wires are drawn in their own colours, whatever the palette.
     // On: the library's default colours are taken from the parent's palette roles, so that
@@ -222,6 +231,9 @@ private:
     bool FPaintHooked = false;
     bool FMouseUpHooked = false;
     bool FFollowsPalette = false;
+    bool FTabSelectsBlocks = false;
+    // Selects the block Step places further in reading order (Tab: 1, Shift+Tab: -1).
+    void SelectBlockInReadingOrder(int Step);
 
     // ---- undo, redo and keys
     void InitUndo();

@@ -23,6 +23,8 @@ DiagramWidget::DiagramWidget(QWidget* parent) : QWidget(parent) {
     FCanvas->SetHandle(FPanel);
     FActions = std::make_unique<TdmDiagActions>(nullptr);
     FActions->CreateContainer(FPanel, FCanvas.get());
+    // A widget made for forms walks its blocks with Tab in design mode, as its readers expect.
+    container()->SetTabSelectsBlocks(true);
 }
 
 // The command module holds the container, which must go before the canvas it draws with and the

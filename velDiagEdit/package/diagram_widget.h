@@ -11,6 +11,9 @@
 // diagramFile (the .dgm file shown; setting it loads it) and followPalette (colours from the
 // panel's palette, see TDiagContainer::SetFollowPalette).
 //
+// Unlike a container made by hand, the widget's container has SetTabSelectsBlocks on: in design
+// mode Tab and Shift+Tab walk the blocks.
+//
 // Setting a property never raises: a file that does not load leaves the diagram as it was, and
 // loadError() says why (empty when the last file loaded). loadDiagram and saveDiagram raise the
 // typed errors (velDiagEdit/platform/errors.h) as the container's own functions do.

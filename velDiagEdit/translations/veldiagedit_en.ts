@@ -9,6 +9,93 @@
     </message>
 </context>
 <context>
+    <name>vde::TDiagAccessible</name>
+    <message>
+        <source>Text block</source>
+        <translation>Text block</translation>
+    </message>
+    <message>
+        <source>AND gate</source>
+        <translation>AND gate</translation>
+    </message>
+    <message>
+        <source>OR gate</source>
+        <translation>OR gate</translation>
+    </message>
+    <message>
+        <source>RS flip-flop</source>
+        <translation>RS flip-flop</translation>
+    </message>
+    <message>
+        <source>Block</source>
+        <translation>Block</translation>
+    </message>
+    <message>
+        <source>%1 “%2”</source>
+        <translation>%1 “%2”</translation>
+    </message>
+    <message>
+        <source>1 input</source>
+        <translation>1 input</translation>
+    </message>
+    <message>
+        <source>%1 inputs</source>
+        <translation>%1 inputs</translation>
+    </message>
+    <message>
+        <source>1 output</source>
+        <translation>1 output</translation>
+    </message>
+    <message>
+        <source>%1 outputs</source>
+        <translation>%1 outputs</translation>
+    </message>
+    <message>
+        <source>input %1</source>
+        <translation>input %1</translation>
+    </message>
+    <message>
+        <source>output %1</source>
+        <translation>output %1</translation>
+    </message>
+    <message>
+        <source>no marker</source>
+        <translation>no marker</translation>
+    </message>
+    <message>
+        <source>wire %1</source>
+        <translation>wire %1</translation>
+    </message>
+    <message>
+        <source>a loose end</source>
+        <translation>a loose end</translation>
+    </message>
+    <message>
+        <source>A block of the diagram; Tab and Shift+Tab go to the next and previous block in design mode.</source>
+        <translation>A block of the diagram; Tab and Shift+Tab go to the next and previous block in design mode.</translation>
+    </message>
+    <message>
+        <source>Diagram</source>
+        <translation>Diagram</translation>
+    </message>
+    <message>
+        <source>%1, %2, %3</source>
+        <translation>%1, %2, %3</translation>
+    </message>
+    <message>
+        <source>%1, selected</source>
+        <translation>%1, selected</translation>
+    </message>
+    <message>
+        <source>Wire from %1 to %2</source>
+        <translation>Wire from %1 to %2</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1 (%2)</translation>
+    </message>
+</context>
+<context>
     <name>vde::TDiagContainer</name>
     <message>
         <source>Create %1</source>

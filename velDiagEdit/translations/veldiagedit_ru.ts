@@ -9,6 +9,93 @@
     </message>
 </context>
 <context>
+    <name>vde::TDiagAccessible</name>
+    <message>
+        <source>Text block</source>
+        <translation>Текстовый блок</translation>
+    </message>
+    <message>
+        <source>AND gate</source>
+        <translation>Элемент И</translation>
+    </message>
+    <message>
+        <source>OR gate</source>
+        <translation>Элемент ИЛИ</translation>
+    </message>
+    <message>
+        <source>RS flip-flop</source>
+        <translation>RS-триггер</translation>
+    </message>
+    <message>
+        <source>Block</source>
+        <translation>Блок</translation>
+    </message>
+    <message>
+        <source>%1 “%2”</source>
+        <translation>%1 «%2»</translation>
+    </message>
+    <message>
+        <source>1 input</source>
+        <translation>входов: 1</translation>
+    </message>
+    <message>
+        <source>%1 inputs</source>
+        <translation>входов: %1</translation>
+    </message>
+    <message>
+        <source>1 output</source>
+        <translation>выходов: 1</translation>
+    </message>
+    <message>
+        <source>%1 outputs</source>
+        <translation>выходов: %1</translation>
+    </message>
+    <message>
+        <source>input %1</source>
+        <translation>вход %1</translation>
+    </message>
+    <message>
+        <source>output %1</source>
+        <translation>выход %1</translation>
+    </message>
+    <message>
+        <source>no marker</source>
+        <translation>без маркера</translation>
+    </message>
+    <message>
+        <source>wire %1</source>
+        <translation>соединение %1</translation>
+    </message>
+    <message>
+        <source>a loose end</source>
+        <translation>свободного конца</translation>
+    </message>
+    <message>
+        <source>A block of the diagram; Tab and Shift+Tab go to the next and previous block in design mode.</source>
+        <translation>Блок схемы; в режиме редактирования Tab и Shift+Tab переходят к следующему и предыдущему блоку.</translation>
+    </message>
+    <message>
+        <source>Diagram</source>
+        <translation>Схема</translation>
+    </message>
+    <message>
+        <source>%1, %2, %3</source>
+        <translation>%1, %2, %3</translation>
+    </message>
+    <message>
+        <source>%1, selected</source>
+        <translation>%1, выбран</translation>
+    </message>
+    <message>
+        <source>Wire from %1 to %2</source>
+        <translation>Соединение от %1 до %2</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1 (%2)</translation>
+    </message>
+</context>
+<context>
     <name>vde::TDiagContainer</name>
     <message>
         <source>Create %1</source>
