@@ -280,8 +280,8 @@ int main(int argc, char** argv) {
     AddAppearanceOptions(options);
     options.process(app);
     DemoWindow window;
-    AddAppearanceMenu(&window, options);
     window.OpenDiagrams(options.value(database));
+    AddAppearanceMenu(&window, options);
 
     const bool offscreen = QGuiApplication::platformName() == QLatin1String("offscreen");
     if (!offscreen) {
