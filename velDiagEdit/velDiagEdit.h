@@ -24,6 +24,7 @@
 #include "velDiagEdit/platform/panel.h"
 #include "velDiagEdit/platform/recording_backend.h"
 #include "velDiagEdit/platform/streams.h"
+#include "velDiagEdit/platform/translations.h"
 #include "velDiagEdit/platform/types.h"
 
 #include "velDiagEdit/geometry/codecs.h"
@@ -66,4 +67,5 @@
 #include "velDiagEdit/timechart/time_chart_sample.h"
 
 #include "velDiagEdit/package/diag_package.h"
+#include "velDiagEdit/package/diagram_widget.h"
 #include "velDiagEdit/package/version.h"

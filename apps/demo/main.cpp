@@ -16,6 +16,7 @@
 //
 // With no display (offscreen platform) every tab is rendered to a PNG file instead: demo.png for
 // the first diagram, in design mode with its context menu open, and demo-<n>.png for the others.
+#include "appearance.h"
 #include "config_table.h"
 #include "demo_pages.h"
 
@@ -352,9 +353,11 @@ int main(int argc, char** argv) {
                                                      "postgresql://USER@HOST:PORT/DB?table=NAME."),
                                       QStringLiteral("url"));
     options.addOption(database);
+    AddAppearanceOptions(options);
     options.process(app);
     DemoWindow window;
     window.OpenDiagrams(options.value(database));
+    AddAppearanceMenu(&window, options);
 
     const bool offscreen = QGuiApplication::platformName() == QLatin1String("offscreen");
     if (!offscreen) {

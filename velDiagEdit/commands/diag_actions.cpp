@@ -7,6 +7,7 @@
 #include "velDiagEdit/platform/errors.h"
 #include "velDiagEdit/platform/event_boundary.h"
 #include "velDiagEdit/platform/host_program.h"
+#include "velDiagEdit/platform/translations.h"
 
 #include <QMenuBar>
 
@@ -41,12 +42,12 @@ void TdmDiagActions::SetName(const QString& Value) {
 // ---- design-time components ------------------------------------------------------------------
 
 TMenuItem* TdmDiagActions::DesignItem(TMenuItem* AParent, const QString& AName,
-                                      const QString& ACaption,
+                                      const char* ACaption,
                                       void (TdmDiagActions::*Handler)(QObject*)) {
     auto* item = new TMenuItem(this);
     InsertComponent(this, item);
     SetComponentName(this, item, AName);
-    item->SetCaption(ACaption);
+    item->SetTrCaption(staticMetaObject.className(), ACaption);
     if (Handler)
         item->OnClick = [this, Handler](QObject* Sender) { (this->*Handler)(Sender); };
     AParent->Add(item);
@@ -63,68 +64,86 @@ void TdmDiagActions::BuildComponents() {
     SetComponentName(this, pmObjects, S("pmObjects"));
 
     TMenuItem* c = pmConnections->Items();
-    mnuAddSegment = DesignItem(c, S("mnuAddSegment"), S("Add Segment ..."),
+    mnuAddSegment = DesignItem(c, S("mnuAddSegment"), QT_TR_NOOP("Add Segment ..."),
                                &TdmDiagActions::mnuAddSegmentClick);
-    mnuEditSegment = DesignItem(c, S("mnuEditSegment"), S("Edit Segment ..."),
+    mnuEditSegment = DesignItem(c, S("mnuEditSegment"), QT_TR_NOOP("Edit Segment ..."),
                                 &TdmDiagActions::mnuEditSegmentClick);
-    mnuGetSegmentIndex = DesignItem(c, S("mnuGetSegmentIndex"), S("Get Seg. Index"),
+    mnuGetSegmentIndex = DesignItem(c, S("mnuGetSegmentIndex"), QT_TR_NOOP("Get Seg. Index"),
                                     &TdmDiagActions::mnuGetSegmentIndexClick);
-    mnuGetSegmentRect = DesignItem(c, S("mnuGetSegmentRect"), S("Get Seg. Rect"),
+    mnuGetSegmentRect = DesignItem(c, S("mnuGetSegmentRect"), QT_TR_NOOP("Get Seg. Rect"),
                                    &TdmDiagActions::mnuGetSegmentRectClick);
-    mnuDelSegment =
-        DesignItem(c, S("mnuDelSegment"), S("Del. Segment"), &TdmDiagActions::mnuDelSegmentClick);
-    mnuAlignSegment = DesignItem(c, S("mnuAlignSegment"), S("Align Segment"),
+    mnuDelSegment = DesignItem(c, S("mnuDelSegment"), QT_TR_NOOP("Del. Segment"),
+                               &TdmDiagActions::mnuDelSegmentClick);
+    mnuAlignSegment = DesignItem(c, S("mnuAlignSegment"), QT_TR_NOOP("Align Segment"),
                                  &TdmDiagActions::mnuAlignSegmentClick);
-    mnuEndConnections = DesignItem(c, S("mnuEndConnections"), S("End Connections"), nullptr);
-    mnuEndConnection = DesignItem(mnuEndConnections, S("mnuEndConnection"), S("End Connection"),
-                                  &TdmDiagActions::mnuEndConnectionClick);
-    mnuEndWithCross = DesignItem(mnuEndConnections, S("mnuEndWithCross"), S("End with Cross"),
-                                 &TdmDiagActions::mnuEndWithCrossClick);
-    mnuEndWithSegment = DesignItem(mnuEndConnections, S("mnuEndWithSegment"), S("End with Segment"),
-                                   &TdmDiagActions::mnuEndWithSegmentClick);
-    mnuConnection = DesignItem(c, S("mnuConnection"), S("Connection"), nullptr);
+    mnuEndConnections =
+        DesignItem(c, S("mnuEndConnections"), QT_TR_NOOP("End Connections"), nullptr);
+    mnuEndConnection =
+        DesignItem(mnuEndConnections, S("mnuEndConnection"), QT_TR_NOOP("End Connection"),
+                   &TdmDiagActions::mnuEndConnectionClick);
+    mnuEndWithCross =
+        DesignItem(mnuEndConnections, S("mnuEndWithCross"), QT_TR_NOOP("End with Cross"),
+                   &TdmDiagActions::mnuEndWithCrossClick);
+    mnuEndWithSegment =
+        DesignItem(mnuEndConnections, S("mnuEndWithSegment"), QT_TR_NOOP("End with Segment"),
+                   &TdmDiagActions::mnuEndWithSegmentClick);
+    mnuConnection = DesignItem(c, S("mnuConnection"), QT_TR_NOOP("Connection"), nullptr);
     mnuChangeConType =
-        DesignItem(mnuConnection, S("mnuChangeConType"), S("Change Type ..."), nullptr);
-    mnuChangeConSize = DesignItem(mnuConnection, S("mnuChangeConSize"), S("Change Size ..."),
-                                  &TdmDiagActions::mnuChangeConSizeClick);
-    mnuChangeConPos = DesignItem(mnuConnection, S("mnuChangeConPos"), S("Change Pos ..."),
+        DesignItem(mnuConnection, S("mnuChangeConType"), QT_TR_NOOP("Change Type ..."), nullptr);
+    mnuChangeConSize =
+        DesignItem(mnuConnection, S("mnuChangeConSize"), QT_TR_NOOP("Change Size ..."),
+                   &TdmDiagActions::mnuChangeConSizeClick);
+    mnuChangeConPos = DesignItem(mnuConnection, S("mnuChangeConPos"), QT_TR_NOOP("Change Pos ..."),
                                  &TdmDiagActions::mnuChangeConPosClick);
 
     TMenuItem* o = pmObjects->Items();
-    mnuCreate = DesignItem(o, S("mnuCreate"), S("Create"), nullptr);
-    mnuDelete = DesignItem(o, S("mnuDelete"), S("Delete"), &TdmDiagActions::mnuDeleteClick);
-    mnuShiftBy =
-        DesignItem(o, S("mnuShiftBy"), S("Shift By Delta ..."), &TdmDiagActions::mnuShiftByClick);
-    mnuRefresh = DesignItem(o, S("mnuRefresh"), S("Refresh"), &TdmDiagActions::mnuRefreshClick);
-    mnuInputs = DesignItem(o, S("mnuInputs"), S("Inputs"), nullptr);
-    mnuSetInputCount = DesignItem(mnuInputs, S("mnuSetInputCount"), S("Set In Count ..."),
+    mnuCreate = DesignItem(o, S("mnuCreate"), QT_TR_NOOP("Create"), nullptr);
+    mnuDelete =
+        DesignItem(o, S("mnuDelete"), QT_TR_NOOP("Delete"), &TdmDiagActions::mnuDeleteClick);
+    mnuShiftBy = DesignItem(o, S("mnuShiftBy"), QT_TR_NOOP("Shift By Delta ..."),
+                            &TdmDiagActions::mnuShiftByClick);
+    mnuRefresh =
+        DesignItem(o, S("mnuRefresh"), QT_TR_NOOP("Refresh"), &TdmDiagActions::mnuRefreshClick);
+    mnuInputs = DesignItem(o, S("mnuInputs"), QT_TR_NOOP("Inputs"), nullptr);
+    mnuSetInputCount = DesignItem(mnuInputs, S("mnuSetInputCount"), QT_TR_NOOP("Set In Count ..."),
                                   &TdmDiagActions::mnuSetInputCountClick);
-    mnuOutputs = DesignItem(o, S("mnuOutputs"), S("Outputs"), nullptr);
-    mnuSetOutputCount = DesignItem(mnuOutputs, S("mnuSetOutputCount"), S("Set Out Count ..."),
-                                   &TdmDiagActions::mnuSetOutputCountClick);
-    mnuMargins = DesignItem(o, S("mnuMargins"), S("Margins"), nullptr);
-    mnuHorizMargin = DesignItem(mnuMargins, S("mnuHorizMargin"), S("Horiz. Margin ..."),
+    mnuOutputs = DesignItem(o, S("mnuOutputs"), QT_TR_NOOP("Outputs"), nullptr);
+    mnuSetOutputCount =
+        DesignItem(mnuOutputs, S("mnuSetOutputCount"), QT_TR_NOOP("Set Out Count ..."),
+                   &TdmDiagActions::mnuSetOutputCountClick);
+    mnuMargins = DesignItem(o, S("mnuMargins"), QT_TR_NOOP("Margins"), nullptr);
+    mnuHorizMargin = DesignItem(mnuMargins, S("mnuHorizMargin"), QT_TR_NOOP("Horiz. Margin ..."),
                                 &TdmDiagActions::mnuHorizMarginClick);
-    mnuTextParams = DesignItem(o, S("mnuTextParams"), S("Text Params"), nullptr);
-    mnuSetTitles = DesignItem(mnuTextParams, S("mnuSetTitles"), S("Set Title ..."),
+    mnuTextParams = DesignItem(o, S("mnuTextParams"), QT_TR_NOOP("Text Params"), nullptr);
+    mnuSetTitles = DesignItem(mnuTextParams, S("mnuSetTitles"), QT_TR_NOOP("Set Title ..."),
                               &TdmDiagActions::mnuSetTitlesClick);
-    mnuSetTextSize = DesignItem(mnuTextParams, S("mnuSetTextSize"), S("Set Text Sizes ..."),
-                                &TdmDiagActions::mnuSetTextSizeClick);
-    mnuSetTextPos = DesignItem(mnuTextParams, S("mnuSetTextPos"), S("Set Text Pos ..."),
+    mnuSetTextSize =
+        DesignItem(mnuTextParams, S("mnuSetTextSize"), QT_TR_NOOP("Set Text Sizes ..."),
+                   &TdmDiagActions::mnuSetTextSizeClick);
+    mnuSetTextPos = DesignItem(mnuTextParams, S("mnuSetTextPos"), QT_TR_NOOP("Set Text Pos ..."),
                                &TdmDiagActions::mnuSetTextPosClick);
-    mnuAlignTitles = DesignItem(mnuTextParams, S("mnuAlignTitles"), S("Align Titles"),
+    mnuAlignTitles = DesignItem(mnuTextParams, S("mnuAlignTitles"), QT_TR_NOOP("Align Titles"),
                                 &TdmDiagActions::mnuAlignTitlesClick);
-    mnuFile = DesignItem(o, S("mnuFile"), S("File"), nullptr);
-    mnuSaveToFile = DesignItem(mnuFile, S("mnuSaveToFile"), S("Save To ..."),
+    mnuFile = DesignItem(o, S("mnuFile"), QT_TR_NOOP("File"), nullptr);
+    mnuSaveToFile = DesignItem(mnuFile, S("mnuSaveToFile"), QT_TR_NOOP("Save To ..."),
                                &TdmDiagActions::mnuSaveToFileClick);
-    mnuLoadFromFile = DesignItem(mnuFile, S("mnuLoadFromFile"), S("Load From ..."),
+    mnuLoadFromFile = DesignItem(mnuFile, S("mnuLoadFromFile"), QT_TR_NOOP("Load From ..."),
                                  &TdmDiagActions::mnuLoadFromFileClick);
 
     for (TFileDialog* d :
          {static_cast<TFileDialog*>(&dlgOpen), static_cast<TFileDialog*>(&dlgSave)}) {
         d->DefaultExt = QStringLiteral("dgm");
-        d->Filter = QStringLiteral("Diagram files (*.dgm)|*.dgm");
+        d->Filter = tr("Diagram files (*.dgm)|*.dgm");
     }
+    // The filter follows the language too, unless a host gave the dialog a filter of its own.
+    OnLanguageChange(this, [this, shown = dlgOpen.Filter]() mutable {
+        const QString now = tr("Diagram files (*.dgm)|*.dgm");
+        for (TFileDialog* d :
+             {static_cast<TFileDialog*>(&dlgOpen), static_cast<TFileDialog*>(&dlgSave)})
+            if (d->Filter == shown)
+                d->Filter = now;
+        shown = now;
+    });
 }
 
 TMenuItem* TdmDiagActions::CreateMenuItem(TMenuItem* AParent, const QString& AName,
@@ -201,6 +220,8 @@ void TdmDiagActions::FillCreateMenu(int Link) {
         TMenuItem* item = CreateMenuItem(mnuCreate, QStringLiteral("mnu") + caption, caption, -1);
         if (!item)
             continue;
+        const TTrText shown = DiagObjTypeCaption(t);
+        item->SetTrCaption(shown.Context, shown.Source);
         item->Tag = t;
         item->OnClick = create;
     }
@@ -228,6 +249,8 @@ void TdmDiagActions::FillMarkerMenu(int Link) {
             CreateMenuItem(mnuChangeConType, QStringLiteral("mnu") + caption, caption, -1);
         if (!item)
             continue;
+        const TTrText shown = MarkerTypeCaption(t);
+        item->SetTrCaption(shown.Context, shown.Source);
         item->Tag = t;
         item->OnClick = changeType;
     }
@@ -318,7 +341,7 @@ void TdmDiagActions::LoadDiagramFromFile() {
         FNeedSave = true;
         // A file opened by the user is one step back to the diagram it replaced.
         const TUndoStepScope step(dc.UndoStack(),
-                                  QStringLiteral("Load From ") + ExtractFileName(dlgOpen.FileName));
+                                  tr("Load From %1").arg(ExtractFileName(dlgOpen.FileName)));
         dc.LoadDiagramFromFile(dlgOpen.FileName);
     }
 }
@@ -379,14 +402,14 @@ VDE_FORWARD(mnuAlignTitlesClick, AlignTitles)
 
 void TdmDiagActions::mnuSaveToFileClick(QObject* /*Sender*/) {
     if (DiagContr)
-        RunFileCommand(&TdmDiagActions::SaveDiagramToFile,
-                       QStringLiteral("Cannot save the diagram to"), dlgSave);
+        RunFileCommand(&TdmDiagActions::SaveDiagramToFile, tr("Cannot save the diagram to"),
+                       dlgSave);
 }
 
 void TdmDiagActions::mnuLoadFromFileClick(QObject* /*Sender*/) {
     if (DiagContr)
-        RunFileCommand(&TdmDiagActions::LoadDiagramFromFile,
-                       QStringLiteral("Cannot load the diagram from"), dlgOpen);
+        RunFileCommand(&TdmDiagActions::LoadDiagramFromFile, tr("Cannot load the diagram from"),
+                       dlgOpen);
 }
 
 void TdmDiagActions::mnuAddConnectionClick(QObject* /*Sender*/) {}

@@ -178,7 +178,8 @@ public:
 
 private:
     void BuildComponents();
-    TMenuItem* DesignItem(TMenuItem* AParent, const QString& AName, const QString& ACaption,
+    // ACaption: the source text, translated in this class's context (see translations.h).
+    TMenuItem* DesignItem(TMenuItem* AParent, const QString& AName, const char* ACaption,
                           void (TdmDiagActions::*Handler)(QObject*));
     TDiagContainer& Container() const;
     // Runs a file command of a menu: an error is shown once, with the file name and the reason.

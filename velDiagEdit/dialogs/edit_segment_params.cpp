@@ -4,11 +4,11 @@ namespace vde {
 
 TfmEditSegmentParams::TfmEditSegmentParams(QWidget* owner) : TDialogForm(owner) {
     setObjectName(QStringLiteral("fmEditSegmentParams"));
-    setWindowTitle(QStringLiteral("Edit Params"));
+    setWindowTitle(tr("Edit Params"));
     SetClientSize(275, 120);
 
-    lbeSize = new TLabeledEdit(this, QStringLiteral("lbeSize"), QStringLiteral("Size, pixels"),
-                               QStringLiteral("10"));
+    lbeSize =
+        new TLabeledEdit(this, QStringLiteral("lbeSize"), tr("Size, pixels"), QStringLiteral("10"));
     lbeSize->SetBounds(32, 32, 73, 21);
     udSize = new TUpDown(this, QStringLiteral("udSize"));
     udSize->SetBounds(105, 32, 16, 21);
@@ -18,7 +18,7 @@ TfmEditSegmentParams::TfmEditSegmentParams(QWidget* owner) : TDialogForm(owner) 
     udSize->SetPosition(10);
     udSize->SetAssociate(lbeSize);
 
-    lbeAngle = new TLabeledEdit(this, QStringLiteral("lbeAngle"), QStringLiteral("Angle, degrees"),
+    lbeAngle = new TLabeledEdit(this, QStringLiteral("lbeAngle"), tr("Angle, degrees"),
                                 QStringLiteral("0"));
     lbeAngle->SetBounds(152, 32, 73, 21);
     udAngle = new TUpDown(this, QStringLiteral("udAngle"));
@@ -29,11 +29,10 @@ TfmEditSegmentParams::TfmEditSegmentParams(QWidget* owner) : TDialogForm(owner) 
     udAngle->SetPosition(0);
     udAngle->SetAssociate(lbeAngle);
 
-    btnOk = new TDialogButton(this, QStringLiteral("btnOk"), QStringLiteral("Ok"), mrOk);
+    btnOk = new TDialogButton(this, QStringLiteral("btnOk"), tr("Ok"), mrOk);
     btnOk->SetBounds(40, 72, 75, 25);
     btnOk->setDefault(true);
-    btnCancel =
-        new TDialogButton(this, QStringLiteral("btnCancel"), QStringLiteral("Cancel"), mrCancel);
+    btnCancel = new TDialogButton(this, QStringLiteral("btnCancel"), tr("Cancel"), mrCancel);
     btnCancel->SetBounds(152, 72, 75, 25);
 
     CentreOnOwner();

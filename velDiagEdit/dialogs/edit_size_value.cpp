@@ -6,11 +6,10 @@ namespace vde {
 
 TfmEditSizeValue::TfmEditSizeValue(QWidget* owner) : TDialogForm(owner) {
     setObjectName(QStringLiteral("fmEditSizeValue"));
-    setWindowTitle(QStringLiteral("Edit Size"));
+    setWindowTitle(tr("Edit Size"));
     SetClientSize(325, 74);
 
-    lbeSize = new TLabeledEdit(this, QStringLiteral("lbeSize"), QStringLiteral("Value"),
-                               QStringLiteral("10"));
+    lbeSize = new TLabeledEdit(this, QStringLiteral("lbeSize"), tr("Value"), QStringLiteral("10"));
     lbeSize->SetBounds(32, 32, 75, 21);
     udSize = new TUpDown(this, QStringLiteral("udSize"));
     udSize->SetBounds(107, 32, 16, 21);
@@ -20,11 +19,10 @@ TfmEditSizeValue::TfmEditSizeValue(QWidget* owner) : TDialogForm(owner) {
     udSize->SetPosition(10);
     udSize->SetAssociate(lbeSize);
 
-    btnOk = new TDialogButton(this, QStringLiteral("btnOk"), QStringLiteral("Ok"), mrOk);
+    btnOk = new TDialogButton(this, QStringLiteral("btnOk"), tr("Ok"), mrOk);
     btnOk->SetBounds(136, 30, 75, 25);
     btnOk->setDefault(true);
-    btnCancel =
-        new TDialogButton(this, QStringLiteral("btnCancel"), QStringLiteral("Cancel"), mrCancel);
+    btnCancel = new TDialogButton(this, QStringLiteral("btnCancel"), tr("Cancel"), mrCancel);
     btnCancel->SetBounds(224, 30, 75, 25);
 
     CentreOnOwner();

@@ -112,10 +112,18 @@ QMessageBox::Icon IconFor(TMsgDlgType t) {
 }
 
 QString TitleFor(TMsgDlgType t) {
-    if (t == mtConfirmation)
-        return QStringLiteral("Confirm");
-    if (t == mtCustom)
+    switch (t) {
+    case mtWarning:
+        return QCoreApplication::translate("vde::TQtDialogService", "Warning");
+    case mtError:
+        return QCoreApplication::translate("vde::TQtDialogService", "Error");
+    case mtInformation:
+        return QCoreApplication::translate("vde::TQtDialogService", "Information");
+    case mtConfirmation:
+        return QCoreApplication::translate("vde::TQtDialogService", "Confirm");
+    case mtCustom:
         return QApplication::applicationDisplayName();
+    }
     return MsgDlgTypeName(t);
 }
 
@@ -135,7 +143,8 @@ TModalResult RunMessageBox(const QString& title, const QString& text, QMessageBo
             continue;
         QPushButton* button = nullptr;
         if (b == mbAll)
-            button = box.addButton(QStringLiteral("&All"), QMessageBox::AcceptRole);
+            button = box.addButton(QCoreApplication::translate("vde::TQtDialogService", "&All"),
+                                   QMessageBox::AcceptRole);
         else
             button = box.addButton(StandardButtonFor(b));
         button->setObjectName(MsgDlgButtonName(b));

@@ -13,12 +13,11 @@ TfmSelectItem::TfmSelectItem(QWidget* owner) : TDialogForm(owner) {
     RadioGroup1 = new TRadioGroup(this, QStringLiteral("RadioGroup1"));
     RadioGroup1->SetBounds(8, 1, 185, 97);
 
-    bbOk = new TDialogButton(this, QStringLiteral("bbOk"), QStringLiteral("OK"), mrOk);
+    bbOk = new TDialogButton(this, QStringLiteral("bbOk"), tr("OK"), mrOk);
     bbOk->SetBounds(16, 104, 75, 25);
     bbOk->setDefault(true);
     bbOk->setIcon(style()->standardIcon(QStyle::SP_DialogOkButton));
-    bbCancel =
-        new TDialogButton(this, QStringLiteral("bbCancel"), QStringLiteral("Отмена"), mrCancel);
+    bbCancel = new TDialogButton(this, QStringLiteral("bbCancel"), tr("Отмена"), mrCancel);
     bbCancel->SetBounds(112, 104, 75, 25);
     bbCancel->setIcon(style()->standardIcon(QStyle::SP_DialogCancelButton));
 }

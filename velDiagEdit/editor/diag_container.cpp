@@ -1,7 +1,9 @@
 #include "velDiagEdit/editor/diag_container.h"
 #include "velDiagEdit/editor/direct_editing_p.h"
 
+#include "velDiagEdit/editor/diag_accessible.h"
 #include "velDiagEdit/geometry/codecs.h"
+#include "velDiagEdit/platform/graphic_host.h"
 #include "velDiagEdit/platform/paint_hook.h"
 
 #include <QWidget>
@@ -25,6 +27,8 @@ TDiagContainer::TDiagContainer(QWidget* AParent, TCanvas* ACanvas, TdmMoveResize
     // Every step, undo and redo changes the diagram.
     QObject::connect(FUndoStack.get(), &QUndoStack::indexChanged, this,
                      [this] { NoteDiagramChanged(); });
+    if (FParent && FCanvas)
+        RegisterDiagSurface(FParent, this);
 }
 
 TDiagContainer::~TDiagContainer() {
@@ -57,6 +61,12 @@ TDiagContainer::~TDiagContainer() {
                 SetParentMouseUp(false);
         }
     }
+    if (FParent)
+        UnregisterDiagSurface(FParent, this);
+    // The parent's paint goes back to the colours as given once its diagram is gone.
+    if (FParent && FFollowsPalette)
+        if (TGraphicHost* h = TGraphicHost::Find(FParent))
+            h->SetFollowPalette(false);
     ConList.reset();
     ObjList.reset();
     CntList.reset();
@@ -104,6 +114,18 @@ void TDiagContainer::AssignPaintEvent() {
     }
     FPaintHooked =
         SetPublishedMethod(FParent, QStringLiteral("OnPaint"), TParentPaintThunk{this, FParent});
+}
+
+void TDiagContainer::SetFollowPalette(bool Value) {
+    if (!FParent)
+        return;
+    TGraphicHost::For(FParent)->SetFollowPalette(Value);
+    FFollowsPalette = Value;
+}
+
+bool TDiagContainer::GetFollowPalette() const {
+    const TGraphicHost* h = FParent ? TGraphicHost::Find(FParent) : nullptr;
+    return h && h->GetFollowPalette();
 }
 
 void TDiagContainer::PaintEvent(QObject* /*Sender*/) {
@@ -219,7 +241,8 @@ void TDiagContainer::CreateDiagObEvent(QObject* Sender) {
     if (!item || item->Tag < 0 || item->Tag > 255)
         return;
     const auto kind = TDiagObjectType(uint8_t(item->Tag));
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Create ") + GoodDiagObjTypeName(kind));
+    const TUndoStepScope step(UndoStack(),
+                              tr("Create %1").arg(DiagObjTypeCaption(kind).Translated()));
     TDiagObject* obj = CreateObjectAtMousePos(kind);
     if (obj)
         AssignObjEvents(obj);

@@ -31,6 +31,7 @@
 
 #include <QByteArray>
 #include <QObject>
+#include <QCoreApplication>
 #include <QPointer>
 #include <QRect>
 #include <QString>
@@ -61,6 +62,8 @@ constexpr double kMarkerPickDistance = 8.0;
 constexpr uint32_t kContainerSignature = 0x98F35D4Eu;
 
 class VELDIAGEDIT_EXPORT TDiagContainer : public QObject {
+    // The texts the surface shows (prompts, messages, undo step names) are translated in the
+    // context "vde::TDiagContainer"; see platform/translations.h.
     Q_OBJECT
 public:
     // Without a canvas the container has no block or connection list: it only keeps the
@@ -208,6 +211,22 @@ public:
     void SetLiveColors(TColor One, TColor Zero);
     TColor LiveOneColor() const { return FLiveOne; }
     TColor LiveZeroColor() const { return FLiveZero; }
+    // ---- keyboard navigation and reading order
+    // Off (the default): Tab and Shift+Tab are not the surface's keys, and move the focus on as
+    // in any form. On, in design mode they select the next and the previous block in reading
+    // order (the first or the last when none is selected, round from the last to the first).
+    void SetTabSelectsBlocks(bool Value) { FTabSelectsBlocks = Value; }
+    bool GetTabSelectsBlocks() const { return FTabSelectsBlocks; }
+    // The blocks as they are read: by their top edge, then by their left edge, then as listed.
+    std::vector<TDiagObject*> BlocksInReadingOrder() const;
+
+    // ---- palette
+    // Off (the default): blocks and wires are drawn in their own colours, whatever the palette.
+    // On: the library's default colours are taken from the parent's palette roles, so that
+    // text and wires read at 4.5:1 or better on a light and on a dark palette alike (see
+    // PaletteColor in platform/colors.h); colours a host gave a block stay as given.
+    void SetFollowPalette(bool Value);
+    bool GetFollowPalette() const;
 
     // ---- properties
     QWidget* GetParent() const { return FParent.data(); }
@@ -264,6 +283,10 @@ private:
     // Set while this container's paint handler is hooked on the parent.
     bool FPaintHooked = false;
     bool FMouseUpHooked = false;
+    bool FFollowsPalette = false;
+    bool FTabSelectsBlocks = false;
+    // Selects the block Step places further in reading order (Tab: 1, Shift+Tab: -1).
+    void SelectBlockInReadingOrder(int Step);
 
     // ---- undo, redo and keys
     void InitUndo();

@@ -26,8 +26,6 @@ namespace vde {
 
 namespace {
 
-const QString kNoSegment = QStringLiteral("No any segment selected");
-const QString kValuesPrompt = QStringLiteral("Values, delimited by |");
 // The angle unit of a connection segment, in degrees; the segment dialog shows degrees.
 constexpr int32_t kAngleStep = 45;
 // A block side with at least this many markers asks whether to connect several at once.
@@ -85,11 +83,13 @@ template <class F> void SetLabelsAtomically(TDiagObject* Obj, F Setter) {
 }
 
 // "Input #2 Size", "Output #1 Pos" for the selected marker; empty when none is selected.
-QString MarkerCaption(int Marker, const char* What) {
+QString MarkerCaption(int Marker, bool Size) {
     if (Marker < 0)
-        return QStringLiteral("Input #%1 %2").arg(-int64_t(Marker)).arg(QLatin1String(What));
+        return (Size ? TDiagContainer::tr("Input #%1 Size") : TDiagContainer::tr("Input #%1 Pos"))
+            .arg(-int64_t(Marker));
     if (Marker > 0)
-        return QStringLiteral("Output #%1 %2").arg(Marker).arg(QLatin1String(What));
+        return (Size ? TDiagContainer::tr("Output #%1 Size") : TDiagContainer::tr("Output #%1 Pos"))
+            .arg(Marker);
     return {};
 }
 
@@ -106,7 +106,7 @@ uint16_t Word(int64_t v) {
 // ---- segments ---------------------------------------------------------------------------------
 
 void TDiagContainer::DeleteCurSegment() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Del. Segment"));
+    const TUndoStepScope step(UndoStack(), tr("Del. Segment"));
     if (!ConList || SelInfo.IsZero())
         return;
     ConList->DeleteSegmentByLongRec(SelInfo);
@@ -114,7 +114,7 @@ void TDiagContainer::DeleteCurSegment() {
 }
 
 void TDiagContainer::AlignCurSegment() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Align Segment"));
+    const TUndoStepScope step(UndoStack(), tr("Align Segment"));
     if (!ConList || SelInfo.IsZero())
         return;
     ConList->AlignSegmentWithDiagObject(SelInfo, SelObj.data());
@@ -122,7 +122,7 @@ void TDiagContainer::AlignCurSegment() {
 }
 
 void TDiagContainer::EndConnectionWithCross() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("End with Cross"));
+    const TUndoStepScope step(UndoStack(), tr("End with Cross"));
     if (!ConList || SelInfo.IsZero())
         return;
     ConList->EndConnectionByLongRec(SelInfo, nullptr, nullptr);
@@ -130,7 +130,7 @@ void TDiagContainer::EndConnectionWithCross() {
 }
 
 void TDiagContainer::EndDiagConnection() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("End Connection"));
+    const TUndoStepScope step(UndoStack(), tr("End Connection"));
     if (!ConList || SelInfo.IsZero())
         return;
     TDiagObject* obj = SelObj.data();
@@ -142,26 +142,25 @@ void TDiagContainer::EndDiagConnection() {
 
 void TDiagContainer::ShowSegmentRect() {
     if (SelInfo.IsZero() || !ConList) {
-        DialogService().ShowMessage(kNoSegment);
+        DialogService().ShowMessage(tr("No any segment selected"));
         return;
     }
     // The list leaves the rectangle alone for an address it does not know.
     TRect R{-1, -1, -1, -1};
     ConList->GetSegmentRect(SelInfo, R);
-    ShowRectParams(R, QStringLiteral("Segment Rect"));
+    ShowRectParams(R, tr("Segment Rect"));
 }
 
 void TDiagContainer::ShowSegmentIndex() {
     if (SelInfo.IsZero()) {
-        DialogService().ShowMessage(kNoSegment);
+        DialogService().ShowMessage(tr("No any segment selected"));
         return;
     }
-    DialogService().InputBox(QStringLiteral("Segment Index"), QStringLiteral("Con,Idx"),
-                             LongRecToStr(SelInfo));
+    DialogService().InputBox(tr("Segment Index"), tr("Con,Idx"), LongRecToStr(SelInfo));
 }
 
 void TDiagContainer::EditSegmentOfConnection() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Edit Segment"));
+    const TUndoStepScope step(UndoStack(), tr("Edit Segment"));
     if (!ConList || SelInfo.IsZero())
         return;
     int size = 0, steps = 0;
@@ -180,9 +179,9 @@ void TDiagContainer::EditSegmentOfConnection() {
 }
 
 void TDiagContainer::EndConnectionWithSegment() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("End with Segment"));
+    const TUndoStepScope step(UndoStack(), tr("End with Segment"));
     if (SelInfo.IsZero() || !ConList) {
-        DialogService().ShowMessage(kNoSegment);
+        DialogService().ShowMessage(tr("No any segment selected"));
         return;
     }
     LongRec target;
@@ -190,8 +189,7 @@ void TDiagContainer::EndConnectionWithSegment() {
     if (found <= 0)
         return;
     QString text = LongRecToStr(target);
-    if (!DialogService().InputQuery(QStringLiteral("Segment Index"), QStringLiteral("Con,Idx"),
-                                    text))
+    if (!DialogService().InputQuery(tr("Segment Index"), tr("Con,Idx"), text))
         return;
     target = StrToLongRec(text);
     ConList->EndConnectionByLongRec(SelInfo, nullptr, &target);
@@ -201,12 +199,12 @@ void TDiagContainer::EndConnectionWithSegment() {
 // ---- building connections ---------------------------------------------------------------------
 
 bool TDiagContainer::AddDiagConnection(int Size, bool DoRefresh) {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Add Connection"));
+    const TUndoStepScope step(UndoStack(), tr("Add Connection"));
     TDiagObject* obj = SelObj.data();
     if (!ConList || !obj || !obj->GetSelected() || obj->GetSelMarkerIndex() == 0)
         return false;
     if (ConList->ConnectIndex(obj, 0) != 0) {
-        ErrorMessageDlg(QStringLiteral("Marker is not free"));
+        ErrorMessageDlg(tr("Marker is not free"));
         return false;
     }
     const int k = ConList->AddConnection(obj, 0, Size);
@@ -219,7 +217,7 @@ bool TDiagContainer::AddDiagConnection(int Size, bool DoRefresh) {
 }
 
 bool TDiagContainer::AddDiagConnections(int Size, bool DoRefresh) {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Add Connections"));
+    const TUndoStepScope step(UndoStack(), tr("Add Connections"));
     TDiagObject* obj = SelObj.data();
     if (!ConList || !obj || !obj->GetSelected() || obj->GetSelMarkerIndex() == 0)
         return false;
@@ -232,8 +230,7 @@ bool TDiagContainer::AddDiagConnections(int Size, bool DoRefresh) {
         return false;
     const auto length = int32_t(list->size());
     int32_t last = length;
-    if (!DialogService().EditSizeValue(last, int32_t(first), length, 1,
-                                       QStringLiteral("Set Max Index")))
+    if (!DialogService().EditSizeValue(last, int32_t(first), length, 1, tr("Set Max Index")))
         return false;
     for (int64_t i = first; i <= last; ++i) {
         const int idx = int(i) * s;
@@ -247,7 +244,7 @@ bool TDiagContainer::AddDiagConnections(int Size, bool DoRefresh) {
 }
 
 void TDiagContainer::AddSegmentToConnection() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Add Segment"));
+    const TUndoStepScope step(UndoStack(), tr("Add Segment"));
     TSegmentParamRec rec;
     rec.Size = 100;
     rec.Angle = 0;
@@ -264,7 +261,7 @@ void TDiagContainer::AddSegmentToConnection() {
             AddDiagConnection(rec.Size, true);
             return;
         }
-        const TModalResult r = DialogService().MessageDlg(QStringLiteral("Add several connections"),
+        const TModalResult r = DialogService().MessageDlg(tr("Add several connections"),
                                                           mtConfirmation, mbYesNo, 0, mbNo);
         if (r == mrYes)
             AddDiagConnections(rec.Size, true);
@@ -284,7 +281,7 @@ void TDiagContainer::AddSegmentToConnection() {
 // ---- blocks -----------------------------------------------------------------------------------
 
 void TDiagContainer::DelSelectedObject() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Delete"));
+    const TUndoStepScope step(UndoStack(), tr("Delete"));
     TDiagObject* obj = SelObj.data();
     if (!obj || !ObjList)
         return;
@@ -301,7 +298,7 @@ void TDiagContainer::DelSelectedObject() {
 }
 
 void TDiagContainer::AlignTitles() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Align Titles"));
+    const TUndoStepScope step(UndoStack(), tr("Align Titles"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
@@ -311,13 +308,12 @@ void TDiagContainer::AlignTitles() {
 }
 
 void TDiagContainer::ShiftByDelta() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Shift By Delta"));
+    const TUndoStepScope step(UndoStack(), tr("Shift By Delta"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
     QString text = QStringLiteral("0,0");
-    if (!DialogService().InputQuery(QStringLiteral("Shift x,y Values"), QStringLiteral("Values:"),
-                                    text))
+    if (!DialogService().InputQuery(tr("Shift x,y Values"), tr("Values:"), text))
         return;
     const TPoint D = StrToPoint(text);
 
@@ -370,11 +366,11 @@ void TDiagContainer::SetObjTitle() {
 // ---- markers ----------------------------------------------------------------------------------
 
 void TDiagContainer::ChangeMarkerSize() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Change Size"));
+    const TUndoStepScope step(UndoStack(), tr("Change Size"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;
-    const QString caption = MarkerCaption(obj->GetSelMarkerIndex(), "Size");
+    const QString caption = MarkerCaption(obj->GetSelMarkerIndex(), true);
     if (caption.isEmpty())
         return;
     int32_t size = obj->GetSelMarkerSize();
@@ -385,18 +381,18 @@ void TDiagContainer::ChangeMarkerSize() {
 }
 
 void TDiagContainer::ChangeMarkerPos() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Change Pos"));
+    const TUndoStepScope step(UndoStack(), tr("Change Pos"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;
-    const QString caption = MarkerCaption(obj->GetSelMarkerIndex(), "Pos");
+    const QString caption = MarkerCaption(obj->GetSelMarkerIndex(), false);
     if (caption.isEmpty()) {
-        ErrorMessageDlg(QStringLiteral("There is no markers available"));
+        ErrorMessageDlg(tr("There is no markers available"));
         return;
     }
     int32_t pos = obj->GetSelMarkerPos();
     if (pos < 0) {
-        ErrorMessageDlg(QStringLiteral("Marker was not found"));
+        ErrorMessageDlg(tr("Marker was not found"));
         return;
     }
     if (!DialogService().EditSizeValue(pos, SaturatedAdd(pos, -kMarkerPosRange),
@@ -408,7 +404,7 @@ void TDiagContainer::ChangeMarkerPos() {
 }
 
 void TDiagContainer::ChangeMarkerType(QObject* Sender) {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Change Type"));
+    const TUndoStepScope step(UndoStack(), tr("Change Type"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     auto* item = qobject_cast<TMenuItem*>(Sender);
     if (!obj || !item)
@@ -431,12 +427,12 @@ void TDiagContainer::ChangeMarkerType(QObject* Sender) {
 // ---- texts ------------------------------------------------------------------------------------
 
 void TDiagContainer::SetTextValues() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Set Title"));
+    const TUndoStepScope step(UndoStack(), tr("Set Title"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
     QString text = obj->GetTextValues();
-    if (!DialogService().InputQuery(QStringLiteral("Text Titles"), kValuesPrompt, text))
+    if (!DialogService().InputQuery(tr("Text Titles"), tr("Values, delimited by |"), text))
         return;
     // New titles are aligned afresh by the block; they keep the places the old ones had.
     const QString positions = obj->GetTextPosValues();
@@ -446,24 +442,24 @@ void TDiagContainer::SetTextValues() {
 }
 
 void TDiagContainer::SetTextPosValues() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Set Text Pos"));
+    const TUndoStepScope step(UndoStack(), tr("Set Text Pos"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
     QString text = obj->GetTextPosValues();
-    if (!DialogService().InputQuery(QStringLiteral("Text Pos Values"), kValuesPrompt, text))
+    if (!DialogService().InputQuery(tr("Text Pos Values"), tr("Values, delimited by |"), text))
         return;
     SetLabelsAtomically(obj, [&] { obj->SetTextPosValues(text); });
     InvalidateParent(FParent);
 }
 
 void TDiagContainer::SetTextHeights() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Set Text Sizes"));
+    const TUndoStepScope step(UndoStack(), tr("Set Text Sizes"));
     TDiagObject* obj = SelObj.data();
     if (!obj)
         return;
     QString text = obj->GetTextHeights();
-    if (!DialogService().InputQuery(QStringLiteral("Text Heights"), kValuesPrompt, text))
+    if (!DialogService().InputQuery(tr("Text Heights"), tr("Values, delimited by |"), text))
         return;
     SetLabelsAtomically(obj, [&] { obj->SetTextHeights(text); });
     InvalidateParent(FParent);
@@ -472,47 +468,43 @@ void TDiagContainer::SetTextHeights() {
 // ---- counts and margins -----------------------------------------------------------------------
 
 void TDiagContainer::SetHorizMargin() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Horiz. Margin"));
+    const TUndoStepScope step(UndoStack(), tr("Horiz. Margin"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;
     int32_t value = obj->GetDeltaWidth();
-    if (!DialogService().EditSizeValue(value, kMarginMin, kMarginMax, 1,
-                                       QStringLiteral("Horiz Margin")))
+    if (!DialogService().EditSizeValue(value, kMarginMin, kMarginMax, 1, tr("Horiz Margin")))
         return;
     obj->SetDeltaWidth(value);
     InvalidateParent(FParent);
 }
 
 void TDiagContainer::SetInputCount() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Set In Count"));
+    const TUndoStepScope step(UndoStack(), tr("Set In Count"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;
     int32_t value = obj->FInCount;
-    if (!DialogService().EditSizeValue(value, kCountMin, kCountMax, 1,
-                                       QStringLiteral("Input Count")))
+    if (!DialogService().EditSizeValue(value, kCountMin, kCountMax, 1, tr("Input Count")))
         return;
     obj->SetInCount(value);
     // New inputs are all plain; offer one type for all of them.
     QStringList names;
     for (int k = 0; k < GoodMarkerTypeCount(); ++k)
-        names << GoodMarkerTypeName(k);
-    const int k =
-        DialogService().SelectItemFromArray(QStringLiteral("Select marker type"), names, 0);
+        names << MarkerTypeCaption(k).Translated();
+    const int k = DialogService().SelectItemFromArray(tr("Select marker type"), names, 0);
     if (k >= 0 && k < GoodMarkerTypeCount())
         obj->AllInputsType(TIOType(uint8_t(k)), 0, -1);
     InvalidateParent(FParent);
 }
 
 void TDiagContainer::SetOutputCount() {
-    const TUndoStepScope step(UndoStack(), QStringLiteral("Set Out Count"));
+    const TUndoStepScope step(UndoStack(), tr("Set Out Count"));
     auto* obj = dynamic_cast<TDiagText*>(SelObj.data());
     if (!obj)
         return;
     int32_t value = obj->FOutCount;
-    if (!DialogService().EditSizeValue(value, kCountMin, kCountMax, 1,
-                                       QStringLiteral("Output Count")))
+    if (!DialogService().EditSizeValue(value, kCountMin, kCountMax, 1, tr("Output Count")))
         return;
     obj->SetOutCount(value);
     InvalidateParent(FParent);

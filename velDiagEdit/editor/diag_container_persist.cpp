@@ -125,7 +125,7 @@ void TDiagContainer::LoadFromStream(TStream& Stream) {
     uint32_t signature = 0;
     Stream.ReadBuffer(&signature, 4);
     if (qFromLittleEndian(signature) != kContainerSignature) {
-        DialogService().ErrorMessageDlg(QStringLiteral("Invalid file format"));
+        DialogService().ErrorMessageDlg(tr("Invalid file format"));
         return;
     }
 

@@ -11,6 +11,7 @@
 #include "velDiagEdit/platform/input_state.h"
 #include "velDiagEdit/platform/paint_hook.h"
 
+#include <QAccessible>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLoggingCategory>
@@ -421,7 +422,7 @@ void TDiagContainer::ApplyDragState(const TDragState& S) {
 
 void TDiagContainer::BeginDragStep(TDiagObject* Block) {
     FDragBefore.reset();
-    FDragText = FResizeMode == kDragResize ? QStringLiteral("Resize") : QStringLiteral("Move");
+    FDragText = FResizeMode == kDragResize ? tr("Resize") : tr("Move");
     const int i = ObjList ? ObjList->IndexOf(Block) : -1;
     if (i < 0 || !ConList)
         return;
@@ -481,6 +482,9 @@ bool TDiagContainer::IsSurfaceKey(int Key, Qt::KeyboardModifiers Modifiers) cons
     case Qt::Key_Delete:
     case Qt::Key_Escape:
         return mods == Qt::NoModifier;
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab:
+        return FTabSelectsBlocks && (mods == Qt::NoModifier || mods == Qt::ShiftModifier);
     default:
         return false;
     }
@@ -523,8 +527,57 @@ bool TDiagContainer::DiagKeyDown(int Key, Qt::KeyboardModifiers Modifiers) {
     case Qt::Key_Escape:
         DeselectEverything();
         return true;
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab:
+        SelectBlockInReadingOrder(Key == Qt::Key_Backtab || (mods & Qt::ShiftModifier) ? -1 : 1);
+        return true;
     default:
         return false;
+    }
+}
+
+std::vector<TDiagObject*> TDiagContainer::BlocksInReadingOrder() const {
+    std::vector<std::pair<int, TDiagObject*>> listed;
+    const int n = ObjList ? ObjList->Count() : 0;
+    listed.reserve(size_t(n));
+    for (int i = 0; i < n; ++i)
+        listed.emplace_back(i, ObjList->Items(i));
+    std::sort(listed.begin(), listed.end(), [](const auto& a, const auto& b) {
+        const QRect ga = a.second->geometry(), gb = b.second->geometry();
+        if (ga.top() != gb.top())
+            return ga.top() < gb.top();
+        if (ga.left() != gb.left())
+            return ga.left() < gb.left();
+        return a.first < b.first;
+    });
+    std::vector<TDiagObject*> out;
+    out.reserve(listed.size());
+    for (const auto& [i, b] : listed)
+        out.push_back(b);
+    return out;
+}
+
+// Like a click on the block: it alone is selected and is the block the commands act on. The
+// selection is not a step of its own, as a click's is not.
+void TDiagContainer::SelectBlockInReadingOrder(int Step) {
+    const std::vector<TDiagObject*> order = BlocksInReadingOrder();
+    if (order.empty())
+        return;
+    const int n = int(order.size());
+    const auto at = std::find(order.begin(), order.end(), SelectedBlock());
+    int next = at == order.end() ? (Step > 0 ? 0 : n - 1) : int(at - order.begin()) + Step;
+    next = (next % n + n) % n;
+    TDiagObject* block = order[size_t(next)];
+    SelObj = block;
+    block->SetSelected(true);
+    ObjList->DeselectAll(block);
+    if (FParent)
+        FParent->update();
+    if (QAccessible::isActive()) {
+        QAccessibleEvent focus(static_cast<QObject*>(block), QAccessible::Focus);
+        QAccessible::updateAccessibility(&focus);
+        QAccessibleEvent selection(static_cast<QObject*>(block), QAccessible::Selection);
+        QAccessible::updateAccessibility(&selection);
     }
 }
 
@@ -535,7 +588,7 @@ void TDiagContainer::MoveSelectedBlockBy(int DX, int DY) {
     const QByteArray before = FUndoStack->Snapshot();
     // The block's bounds event has the connection list reroute its wires.
     b->SetBounds(WrapAdd(b->x(), DX), WrapAdd(b->y(), DY), b->width(), b->height());
-    FUndoStack->PushStep(QStringLiteral("Move"), before, kKeyMoveMergeId, b->FObjKey);
+    FUndoStack->PushStep(tr("Move"), before, kKeyMoveMergeId, b->FObjKey);
     if (FParent)
         FParent->update();
 }

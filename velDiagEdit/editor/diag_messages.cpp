@@ -3,10 +3,14 @@
 #include "velDiagEdit/geometry/codecs.h"
 #include "velDiagEdit/platform/dialog_service.h"
 
+#include <QCoreApplication>
+
 namespace vde {
 
 namespace {
-const QString kRectPrompt = QStringLiteral("Left, Top, Right, Bottom");
+QString RectPrompt() {
+    return QCoreApplication::translate("vde::TDiagContainer", "Left, Top, Right, Bottom");
+}
 
 QString RectText(const TRect& R) {
     const int32_t a[4] = {R.Left, R.Top, R.Right, R.Bottom};
@@ -15,12 +19,12 @@ QString RectText(const TRect& R) {
 } // namespace
 
 void ShowRectParams(const TRect& R, const QString& Caption) {
-    DialogService().InputBox(Caption, kRectPrompt, RectText(R));
+    DialogService().InputBox(Caption, RectPrompt(), RectText(R));
 }
 
 bool SetRectParams(TRect& R, const QString& Caption) {
     QString text = RectText(R);
-    if (!DialogService().InputQuery(Caption, kRectPrompt, text))
+    if (!DialogService().InputQuery(Caption, RectPrompt(), text))
         return false;
     // Parsed into a copy: a bad number part-way must not leave R half-written. Fewer numbers
     // than four leave the remaining fields as they were.

@@ -3,6 +3,7 @@
 #include "velDiagEdit/platform/convert.h"
 #include "velDiagEdit/platform/errors.h"
 
+#include <QCoreApplication>
 #include <QStringList>
 
 namespace vde {
@@ -83,6 +84,28 @@ int GoodMarkerTypeCount() {
 
 QString GoodMarkerTypeName(int Value) {
     return WithoutPrefix(GetEnumName<TIOType>(Value));
+}
+
+namespace {
+// Only read by lupdate: the names as the menus show them, so that the translation files list
+// them; DiagObjTypeCaption and MarkerTypeCaption take the names from the enumerations.
+[[maybe_unused]] const char* const kShownNames[] = {
+    QT_TRANSLATE_NOOP("vde::TDiagObjectType", "Text"),
+    QT_TRANSLATE_NOOP("vde::TDiagObjectType", "AndLogic"),
+    QT_TRANSLATE_NOOP("vde::TDiagObjectType", "OrLogic"),
+    QT_TRANSLATE_NOOP("vde::TDiagObjectType", "RSTrigger"),
+    QT_TRANSLATE_NOOP("vde::TIOType", "Direct"),
+    QT_TRANSLATE_NOOP("vde::TIOType", "Inversion"),
+    QT_TRANSLATE_NOOP("vde::TIOType", "Arrow"),
+};
+} // namespace
+
+TTrText DiagObjTypeCaption(int Value) {
+    return {QByteArrayLiteral("vde::TDiagObjectType"), GoodDiagObjTypeName(Value).toUtf8()};
+}
+
+TTrText MarkerTypeCaption(int Value) {
+    return {QByteArrayLiteral("vde::TIOType"), GoodMarkerTypeName(Value).toUtf8()};
 }
 
 void DefaultObjectSize(TDiagObjectType ObjType, TPoint& Size) {

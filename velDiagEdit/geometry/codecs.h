@@ -3,6 +3,7 @@
 // the display names and default sizes of the block kinds.
 
 #include "velDiagEdit/geometry/diag_types.h"
+#include "velDiagEdit/platform/translations.h"
 #include "velDiagEdit/platform/types.h"
 #include "velDiagEdit/velDiagEdit_export.h"
 
@@ -22,6 +23,10 @@ VELDIAGEDIT_EXPORT void StringToIntArray(const QString& S, int32_t* A, int Count
 VELDIAGEDIT_EXPORT QString GoodDiagObjTypeName(int Value);
 VELDIAGEDIT_EXPORT int GoodMarkerTypeCount();
 VELDIAGEDIT_EXPORT QString GoodMarkerTypeName(int Value);
+// The two names above as menus and lists show them: translated in the contexts
+// "vde::TDiagObjectType" and "vde::TIOType", and the names themselves with no translation.
+VELDIAGEDIT_EXPORT TTrText DiagObjTypeCaption(int Value);
+VELDIAGEDIT_EXPORT TTrText MarkerTypeCaption(int Value);
 // Width in X, height in Y; doNone leaves Size as it was.
 VELDIAGEDIT_EXPORT void DefaultObjectSize(TDiagObjectType ObjType, TPoint& Size);
 VELDIAGEDIT_EXPORT TPoint DefaultObjectSize(TDiagObjectType ObjType);

@@ -2,6 +2,8 @@
 
 #include <QGuiApplication>
 #include <QPalette>
+#include <cmath>
+#include <vector>
 
 namespace vde {
 
@@ -42,7 +44,100 @@ const SystemEntry kSystem[] = {
     {QPalette::Active, QPalette::ToolTipBase, 0xE1FFFF},       // 24 info background
 };
 
+TColor SystemColorOf(const QPalette& palette, TColor c) {
+    const unsigned index = c & 0xFFu;
+    if (index >= std::size(kSystem))
+        return 0;
+    return FromQColor(palette.color(kSystem[index].group, kSystem[index].role));
+}
+
+// Relative luminance and contrast ratio as the web's accessibility guidelines define them.
+double Luminance(TColor c) {
+    auto channel = [](unsigned v) {
+        const double s = v / 255.0;
+        return s <= 0.03928 ? s / 12.92 : std::pow((s + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * channel(c & 0xFF) + 0.7152 * channel((c >> 8) & 0xFF) +
+           0.0722 * channel((c >> 16) & 0xFF);
+}
+
+double Contrast(TColor a, TColor b) {
+    const double la = Luminance(a), lb = Luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+constexpr double kReadable = 4.5;
+
+// fg, or fg moved towards black or white (whichever stands further from bg) in sixteenths
+// until it reads at kReadable against bg; pure black or white always get there.
+TColor Readable(TColor fg, TColor bg) {
+    if (Contrast(fg, bg) >= kReadable)
+        return fg;
+    const TColor target = Contrast(0x000000, bg) >= Contrast(0xFFFFFF, bg) ? 0x000000 : 0xFFFFFF;
+    TColor c = fg;
+    for (int k = 1; k <= 16; ++k) {
+        auto mix = [&](int shift) {
+            const int a = int((fg >> shift) & 0xFF), b = int((target >> shift) & 0xFF);
+            return TColor(a + (b - a) * k / 16) << shift;
+        };
+        c = mix(0) | mix(8) | mix(16);
+        if (Contrast(c, bg) >= kReadable)
+            break;
+    }
+    return c;
+}
+
+struct TLentPalette {
+    const QPainter* Painter;
+    QPalette Palette;
+};
+
+std::vector<TLentPalette>& LentPalettes() {
+    static std::vector<TLentPalette> lent;
+    return lent;
+}
+
 } // namespace
+
+TColor PaletteColor(const QPalette& palette, TColor c, TColorUse use) {
+    if (IsSystemColor(c))
+        return SystemColorOf(palette, c);
+    const auto role = [&](QPalette::ColorRole r) { return FromQColor(palette.color(r)); };
+    const TColor window = role(QPalette::Window);
+    switch (c & 0x00FFFFFFu) {
+    case 0x000000:
+        if (use == cuText)
+            return Readable(role(QPalette::Text), role(QPalette::Base));
+        return Readable(role(QPalette::WindowText), window);
+    case 0x0000FF: // the frame of a block's shape
+    case 0xFF00FF: // a selected segment, a selected marker
+        return Readable(role(QPalette::Highlight), window);
+    case 0xC0C0C0:
+        // Base, not Button: the Fusion palettes give Button the window's own colour, and a
+        // body should stand out from the surface it lies on.
+        return use == cuBrush ? role(QPalette::Base) : c;
+    case 0xFFFFFF:
+        return use == cuBrush ? role(QPalette::Base) : c;
+    default:
+        return c;
+    }
+}
+
+TPaletteScope::TPaletteScope(const QPainter* painter, const QPalette& palette) {
+    LentPalettes().push_back({painter, palette});
+}
+
+TPaletteScope::~TPaletteScope() {
+    LentPalettes().pop_back();
+}
+
+const QPalette* TPaletteScope::PaletteFor(const QPainter* painter) {
+    const auto& lent = LentPalettes();
+    for (auto it = lent.rbegin(); it != lent.rend(); ++it)
+        if (it->Painter == painter)
+            return &it->Palette;
+    return nullptr;
+}
 
 TColor ColorToRGB(TColor c) {
     if (!IsSystemColor(c))

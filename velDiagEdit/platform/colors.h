@@ -6,6 +6,9 @@
 
 #include <QColor>
 
+class QPainter;
+class QPalette;
+
 namespace vde {
 
 constexpr TColor clBlack = 0x000000;
@@ -47,5 +50,32 @@ inline bool IsSystemColor(TColor c) {
 VELDIAGEDIT_EXPORT TColor ColorToRGB(TColor c);
 VELDIAGEDIT_EXPORT QColor ToQColor(TColor c);
 VELDIAGEDIT_EXPORT TColor FromQColor(const QColor& c);
+
+// ---- colours that follow a surface's palette
+
+// What a colour is drawn as: a pen (lines, frames), a brush (fills) or text.
+enum TColorUse : uint8_t { cuPen, cuBrush, cuText };
+
+// The colour drawn for c on a surface that follows `palette`. The library's own default colours
+// become palette roles: black lines, frames and markers the window text, the blocks' light-grey
+// body and white fills the base colour, black label text the text colour, the red and magenta
+// of a selection the highlight. A line or text colour that would read at less
+// than 4.5:1 against what it is drawn on (the window, or the body for text) is moved towards
+// black or white until it reads at 4.5:1. System colours resolve through `palette` instead of
+// the application's; every other colour is drawn as it is.
+VELDIAGEDIT_EXPORT TColor PaletteColor(const QPalette& palette, TColor c, TColorUse use);
+
+// While alive, what is drawn through `painter` by the canvas takes its colours from
+// PaletteColor with `palette`: how a surface that follows its palette lends it to the blocks
+// and wires it paints.
+class VELDIAGEDIT_EXPORT TPaletteScope {
+public:
+    TPaletteScope(const QPainter* painter, const QPalette& palette);
+    ~TPaletteScope();
+    TPaletteScope(const TPaletteScope&) = delete;
+    TPaletteScope& operator=(const TPaletteScope&) = delete;
+    // The palette lent to the painter, or none.
+    static const QPalette* PaletteFor(const QPainter* painter);
+};
 
 } // namespace vde

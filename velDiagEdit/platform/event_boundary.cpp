@@ -44,7 +44,7 @@ QString EventErrorText(std::exception_ptr error) {
     } catch (const std::exception& e) {
         return QString::fromLocal8Bit(e.what());
     } catch (...) {
-        return QStringLiteral("Unknown error");
+        return QCoreApplication::translate("vde::EventBoundary", "Unknown error");
     }
 }
 

@@ -1,5 +1,6 @@
 #include "velDiagEdit/platform/graphic_host.h"
 
+#include "velDiagEdit/platform/colors.h"
 #include "velDiagEdit/platform/event_boundary.h"
 
 #include <QCoreApplication>
@@ -7,6 +8,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <algorithm>
+#include <optional>
 
 namespace vde {
 
@@ -255,6 +257,13 @@ void TGraphicHost::Invalidate(const QRect& r) {
     FWidget->update(r);
 }
 
+void TGraphicHost::SetFollowPalette(bool Value) {
+    if (Value == FFollowPalette)
+        return;
+    FFollowPalette = Value;
+    FWidget->update();
+}
+
 void TGraphicHost::Paint(QPaintEvent* e) {
     FPendingRects = 0;
     FWholePending = false;
@@ -263,6 +272,9 @@ void TGraphicHost::Paint(QPaintEvent* e) {
     QCoreApplication::sendEvent(FWidget, e);
     FPainting = false;
     QPainter p(FWidget);
+    std::optional<TPaletteScope> colours;
+    if (FFollowPalette)
+        colours.emplace(&p, FWidget->palette());
     const QRect pr = e->rect();
     if (FPaintHandler) {
         const TRect rect{pr.left(), pr.top(), pr.left() + pr.width(), pr.top() + pr.height()};

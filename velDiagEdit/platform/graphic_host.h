@@ -58,6 +58,11 @@ public:
     // none (the widget's own handling then takes it).
     bool DispatchMouse(QMouseEvent* e);
 
+    // With this on, the paint draws the handler's and the controls' default colours from the
+    // widget's palette (see PaletteColor in colors.h); off, as always, the colours as given.
+    void SetFollowPalette(bool Value);
+    bool GetFollowPalette() const { return FFollowPalette; }
+
     // Side of a grid cell, in pixels.
     static constexpr int kCell = 128;
 
@@ -94,6 +99,7 @@ private:
     bool FWholePending = false;
     bool FTrackingForControls = false;
     bool FWidgetTracks = false;
+    bool FFollowPalette = false;
 };
 
 } // namespace vde

@@ -19,6 +19,22 @@ TMenuItem::~TMenuItem() {
         FParentItem->Detach(this);
 }
 
+void TMenuItem::SetCaption(const QString& Value) {
+    FTrCaption = {};
+    setText(Value);
+}
+
+void TMenuItem::SetTrCaption(const QByteArray& Context, const QByteArray& Source) {
+    const bool hooked = !FTrCaption.IsEmpty();
+    FTrCaption = {Context, Source};
+    setText(FTrCaption.Translated());
+    if (!hooked)
+        OnLanguageChange(this, [this] {
+            if (!FTrCaption.IsEmpty())
+                setText(FTrCaption.Translated());
+        });
+}
+
 TMenuItem* TMenuItem::Items(int Index) const {
     if (Index < 0 || Index >= Count())
         return nullptr;

@@ -8,6 +8,7 @@
 // asked for and where, and can then choose an item by name, so no test waits on a menu.
 
 #include "velDiagEdit/platform/controls.h"
+#include "velDiagEdit/platform/translations.h"
 #include "velDiagEdit/platform/types.h"
 #include "velDiagEdit/velDiagEdit_export.h"
 
@@ -33,7 +34,12 @@ public:
     QString GetName() const { return objectName(); }
     void SetName(const QString& Value) { setObjectName(Value); }
     QString GetCaption() const { return text(); }
-    void SetCaption(const QString& Value) { setText(Value); }
+    // A caption of the host's own: shown as given, whatever the language.
+    void SetCaption(const QString& Value);
+    // A caption that follows the language: Source translated in Context now and again whenever
+    // the application's translators change. With no translation it is Source itself.
+    void SetTrCaption(const QByteArray& Context, const QByteArray& Source);
+    const TTrText& GetTrCaption() const { return FTrCaption; }
     // Any value the owner gives the item; a block kind, a marker type.
     intptr_t Tag = 0;
     TNotifyEvent OnClick;
@@ -64,6 +70,7 @@ private:
     std::vector<TMenuItem*> FItems;
     TMenuItem* FParentItem = nullptr;
     std::unique_ptr<QMenu> FSubMenu;
+    TTrText FTrCaption;
 };
 
 class VELDIAGEDIT_EXPORT TPopupMenu : public QObject {

@@ -3,6 +3,7 @@
 #include <QPaintDevice>
 #include <QPaintEngine>
 #include <QPainter>
+#include <QPalette>
 #include <QPolygon>
 #include <algorithm>
 #include <cmath>
@@ -124,7 +125,7 @@ void TPainterBackend::Stamp(int64_t x, int64_t y, int w, const QColor& c, const 
 // pixels drawn whatever the coordinates are.
 void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd) {
     const int w = pen.Width < 1 ? 1 : pen.Width;
-    const QColor c = ToQColor(pen.Color);
+    const QColor c = Color(pen.Color, cuPen);
     const int off = w / 2;
     const auto pattern = DashPattern(pen.Style);
     const TArea area = ClipArea(int64_t(w) + 2);
@@ -190,6 +191,12 @@ void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool
     }
 }
 
+// A surface that follows its palette lends it to its painter for the paint (TPaletteScope).
+QColor TPainterBackend::Color(TColor c, TColorUse use) const {
+    const QPalette* palette = TPaletteScope::PaletteFor(FPainter);
+    return ToQColor(palette ? PaletteColor(*palette, c, use) : c);
+}
+
 void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {
     if (pen.Style == psClear)
         return;
@@ -210,7 +217,7 @@ void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {
     {
         if (w == 1 && from == to)
             return;
-        QPen qp(ToQColor(pen.Color));
+        QPen qp(Color(pen.Color, cuPen));
         qp.setWidth(w);
         qp.setCapStyle(w > 1 ? Qt::SquareCap : Qt::FlatCap);
         if (!DashPattern(pen.Style).empty())
@@ -232,11 +239,11 @@ void TPainterBackend::Rectangle(const TRect& r0, const TPen& pen, const TBrush& 
                     int64_t(r.Bottom) + pw, area, fill))
         return;
     if (brush.Style != bsClear && ClipToArea(r.Left, r.Top, r.Right, r.Bottom, area, fill))
-        FPainter->fillRect(fill, ToQColor(brush.Color));
+        FPainter->fillRect(fill, Color(brush.Color, cuBrush));
     if (pen.Style == psClear)
         return;
     if (!FRaster) {
-        QPen qp(ToQColor(pen.Color));
+        QPen qp(Color(pen.Color, cuPen));
         qp.setWidth(pw);
         qp.setJoinStyle(Qt::MiterJoin);
         FPainter->setPen(qp);
@@ -265,12 +272,12 @@ void TPainterBackend::Ellipse(const TRect& r0, const TPen& pen, const TBrush& br
     if (pen.Style == psClear) {
         FPainter->setPen(Qt::NoPen);
     } else {
-        QPen qp(ToQColor(pen.Color));
+        QPen qp(Color(pen.Color, cuPen));
         qp.setWidth(pw);
         FPainter->setPen(qp);
     }
     FPainter->setBrush(brush.Style == bsClear ? QBrush(Qt::NoBrush)
-                                              : QBrush(ToQColor(brush.Color)));
+                                              : QBrush(Color(brush.Color, cuBrush)));
     FPainter->drawEllipse(QRectF(r.Left + 0.5, r.Top + 0.5, double(r.Right) - r.Left - 1,
                                  double(r.Bottom) - r.Top - 1));
 }
@@ -297,12 +304,12 @@ void TPainterBackend::Polygon(std::span<const TPoint> points, const TPen& pen,
     if (pen.Style == psClear) {
         FPainter->setPen(Qt::NoPen);
     } else {
-        QPen qp(ToQColor(pen.Color));
+        QPen qp(Color(pen.Color, cuPen));
         qp.setWidth(pen.Width < 1 ? 1 : pen.Width);
         FPainter->setPen(qp);
     }
     FPainter->setBrush(brush.Style == bsClear ? QBrush(Qt::NoBrush)
-                                              : QBrush(ToQColor(brush.Color)));
+                                              : QBrush(Color(brush.Color, cuBrush)));
     FPainter->drawPolygon(poly);
 }
 
@@ -314,7 +321,7 @@ void TPainterBackend::FillRect(const TRect& r0, const TBrush& brush) {
     if (!ClipToArea(r.Left, r.Top, r.Right, r.Bottom, ClipArea(0), fill))
         return;
     StateGuard g(FPainter);
-    FPainter->fillRect(fill, ToQColor(brush.Color));
+    FPainter->fillRect(fill, Color(brush.Color, cuBrush));
 }
 
 void TPainterBackend::TextOut(TPoint p, const QString& text, const TFont& font,
@@ -329,9 +336,9 @@ void TPainterBackend::TextOut(TPoint p, const QString& text, const TFont& font,
     QRect fill;
     if (brush.Style != bsClear &&
         ClipToArea(p.X, p.Y, p.X + width, p.Y + height, ClipArea(0), fill))
-        FPainter->fillRect(fill, ToQColor(brush.Color));
+        FPainter->fillRect(fill, Color(brush.Color, cuBrush));
     FPainter->setFont(qf);
-    FPainter->setPen(ToQColor(font.Color));
+    FPainter->setPen(Color(font.Color, cuText));
     FPainter->drawText(QPoint(p.X, WrapAdd(p.Y, fm.ascent())), text);
 }
 

@@ -33,6 +33,7 @@ private:
     static bool ClipToArea(int64_t l, int64_t t, int64_t r, int64_t b, const TArea& a, QRect& out);
     void Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd);
     void Stamp(int64_t x, int64_t y, int w, const QColor& c, const TArea& area);
+    QColor Color(TColor c, TColorUse use) const;
     QPainter* FPainter;
     bool FRaster;
 };
