@@ -69,6 +69,7 @@ QString VdeDiagramWidgetPlugin::domXml() const {
   <property name="diagramFile"><string notr="true"/></property>
   <property name="designMode"><bool>false</bool></property>
   <property name="followPalette"><bool>false</bool></property>
+  <property name="directEditing"><bool>false</bool></property>
  </widget>
  <customwidgets>
   <customwidget>

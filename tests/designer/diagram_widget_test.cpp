@@ -34,6 +34,7 @@ TEST(DiagramWidget, StartsEmptyOutOfDesignModeInItsOwnColours) {
     EXPECT_EQ(w.panel()->parentWidget(), &w);
     EXPECT_FALSE(w.designMode());
     EXPECT_FALSE(w.followPalette());
+    EXPECT_FALSE(w.directEditing());
     EXPECT_TRUE(w.diagramFile().isEmpty());
     EXPECT_EQ(w.container()->ObjList->Count(), 0);
     // Its context menus are the command module's.
@@ -79,6 +80,9 @@ TEST(DiagramWidget, DesignModeAndPaletteGoToTheContainer) {
     EXPECT_TRUE(w.designMode());
     w.setFollowPalette(true);
     EXPECT_TRUE(w.container()->GetFollowPalette());
+    w.setDirectEditing(true);
+    EXPECT_TRUE(w.container()->DirectEditing());
+    EXPECT_TRUE(w.property("directEditing").toBool());
     w.setDesignMode(false);
     EXPECT_FALSE(w.container()->GetDesignMode());
 }

@@ -59,8 +59,8 @@ TPoint WireEnd(TDiagObject* b, int marker) {
 }
 
 QString MarkerName(int marker) {
-    return marker < 0 ? QStringLiteral("input %1").arg(-marker)
-                      : QStringLiteral("output %1").arg(marker);
+    return marker < 0 ? TDiagContainer::tr("input %1").arg(-marker)
+                      : TDiagContainer::tr("output %1").arg(marker);
 }
 
 // Drops repeated points and the middle of three points on one line.
@@ -279,10 +279,10 @@ void TDiagContainer::ClassicHint(TDiagObject* Block, int X, int Y) {
     const TPoint P{WrapAdd(X, Block->x()), WrapAdd(Y, Block->y())};
     const int m = Block->NearestMarkerIndex(P, kMarkerPickDistance);
     if (Block->FSelected && m != 0)
-        SetHint(QStringLiteral("Click to select %1; right-click for the wire commands")
+        SetHint(TDiagContainer::tr("Click to select %1; right-click for the wire commands")
                     .arg(MarkerName(m)));
     else
-        SetHint(QStringLiteral("Click to select %1; Shift-drag to move, Shift-drag the "
+        SetHint(TDiagContainer::tr("Click to select %1; Shift-drag to move, Shift-drag the "
                                "bottom-right corner to resize")
                     .arg(GoodDiagObjTypeName(Block->GetDiagObjType())));
 }
@@ -461,7 +461,7 @@ void TDiagContainer::DirectMouseMove(TShiftState /*Shift*/, TPoint P) {
     case TDirectEditing::gkResizePress:
         if (!far)
             return;
-        FUndoStack->BeginStep(QStringLiteral("Resize"));
+        FUndoStack->BeginStep(TDiagContainer::tr("Resize"));
         d.Kind = TDirectEditing::gkResize;
         [[fallthrough]];
     case TDirectEditing::gkResize:
@@ -613,16 +613,16 @@ void TDirectEditing::Hover(TDiagContainer& C, TPoint P) {
     QString hint;
     TDiagObject* sel = C.SelObj.data();
     if (mb) {
-        hint = QStringLiteral("Drag to draw a wire from %1").arg(MarkerName(m));
+        hint = TDiagContainer::tr("Drag to draw a wire from %1").arg(MarkerName(m));
     } else if (sel && sel->FSelected && OnHandle(sel, P)) {
-        hint = QStringLiteral("Drag to resize");
+        hint = TDiagContainer::tr("Drag to resize");
     } else if (TDiagObject* b = BlockAt(C.FParent, P)) {
-        hint = QStringLiteral("Click to select %1, drag to move it, Ctrl-click to add it")
+        hint = TDiagContainer::tr("Click to select %1, drag to move it, Ctrl-click to add it")
                    .arg(GoodDiagObjTypeName(b->GetDiagObjType()));
     }
     // The tooltip names the block under the mouse: its kind and its counts.
     TDiagObject* under = mb ? mb : BlockAt(C.FParent, P);
-    const QString tip = under ? QStringLiteral("%1: %2 input(s), %3 output(s)")
+    const QString tip = under ? TDiagContainer::tr("%1: %2 input(s), %3 output(s)")
                                     .arg(GoodDiagObjTypeName(under->GetDiagObjType()))
                                     .arg(under->FInputs.size())
                                     .arg(under->FOutputs.size())
@@ -634,8 +634,8 @@ void TDirectEditing::Hover(TDiagContainer& C, TPoint P) {
     }
     if (hint.isEmpty()) {
         seg = C.ConList->FindBestSegment(P, nullptr, true, 0);
-        hint = seg.IsZero() ? QStringLiteral("Drag to select blocks and wires")
-                            : QStringLiteral("Click to select this segment");
+        hint = seg.IsZero() ? TDiagContainer::tr("Drag to select blocks and wires")
+                            : TDiagContainer::tr("Click to select this segment");
     }
     C.SetHint(hint);
     if (mb == d.HotBlock && m == d.HotMarker && seg == d.HotSegment)
@@ -675,7 +675,7 @@ void TDirectEditing::WireStep(TDiagContainer& C, TPoint P) {
         auto* c =
             new TDiagObjConnection(&scratch, d.Block, d.Marker, target, m, kRouteTol, 0, 0, 0);
         d.Preview = c->FPoints;
-        C.SetHint(QStringLiteral("Release to wire %1 to %2 of %3")
+        C.SetHint(TDiagContainer::tr("Release to wire %1 to %2 of %3")
                       .arg(MarkerName(d.Marker), MarkerName(m),
                            GoodDiagObjTypeName(target->GetDiagObjType())));
     } else {
@@ -694,11 +694,11 @@ void TDirectEditing::WireStep(TDiagContainer& C, TPoint P) {
             } else {
                 d.Preview = RouteEndingHorizontal(P0, dir, P);
             }
-            C.SetHint(QStringLiteral("Release to end the wire on this one, with a junction"));
+            C.SetHint(TDiagContainer::tr("Release to end the wire on this one, with a junction"));
         } else {
             const TPoint c{Snap(P.X, C.FGridSize), Snap(P.Y, C.FGridSize)};
             d.Preview = RouteEndingHorizontal(P0, dir, c);
-            C.SetHint(QStringLiteral("Release to end the wire here; Escape cancels"));
+            C.SetHint(TDiagContainer::tr("Release to end the wire here; Escape cancels"));
         }
     }
     QRect now = BoxOf(d.Preview);
@@ -733,15 +733,15 @@ void TDirectEditing::DropWire(TDiagContainer& C, TPoint P) {
     TDiagConnectList& list = *C.ConList;
     if (dst) {
         if ((si < 0) == (di < 0)) {
-            ErrorMessageDlg(si < 0 ? QStringLiteral("An input cannot be wired to an input")
-                                   : QStringLiteral("An output cannot be wired to an output"));
+            ErrorMessageDlg(si < 0 ? TDiagContainer::tr("An input cannot be wired to an input")
+                                   : TDiagContainer::tr("An output cannot be wired to an output"));
             return;
         }
         if (list.ConnectIndex(src, si) != 0 || list.ConnectIndex(dst, di) != 0) {
-            ErrorMessageDlg(QStringLiteral("Marker is not free"));
+            ErrorMessageDlg(TDiagContainer::tr("Marker is not free"));
             return;
         }
-        const TUndoStepScope step(C.UndoStack(), QStringLiteral("Add Connection"));
+        const TUndoStepScope step(C.UndoStack(), TDiagContainer::tr("Add Connection"));
         // Wires run from the output to the input, whichever end was pressed.
         TDiagObject* from = si > 0 ? src : dst;
         TDiagObject* to = si > 0 ? dst : src;
@@ -756,11 +756,11 @@ void TDirectEditing::DropWire(TDiagContainer& C, TPoint P) {
         return;
     }
     if (list.ConnectIndex(src, si) != 0) {
-        ErrorMessageDlg(QStringLiteral("Marker is not free"));
+        ErrorMessageDlg(TDiagContainer::tr("Marker is not free"));
         return;
     }
-    const TUndoStepScope step(C.UndoStack(), seg.IsZero() ? QStringLiteral("Add Connection")
-                                                          : QStringLiteral("End with Cross"));
+    const TUndoStepScope step(C.UndoStack(), seg.IsZero() ? TDiagContainer::tr("Add Connection")
+                                                          : TDiagContainer::tr("End with Cross"));
     const int k = list.AddConnection(src, si, kStub);
     TDiagConnection* c = list.Items(k);
     TPoints pts = route;
@@ -777,7 +777,7 @@ void TDirectEditing::DropWire(TDiagContainer& C, TPoint P) {
 
 void TDirectEditing::BeginMove(TDiagContainer& C) {
     TDirectEditing& d = *C.FDirect;
-    C.FUndoStack->BeginStep(QStringLiteral("Move"));
+    C.FUndoStack->BeginStep(TDiagContainer::tr("Move"));
     d.Origin = d.Block ? d.Block->GetLocation() : d.Start;
     d.Applied = {};
     d.Moving.clear();
@@ -838,7 +838,7 @@ void TDirectEditing::MoveStep(TDiagContainer& C, TPoint P) {
     const TPoint want{WrapSub(nx, d.Origin.X), WrapSub(ny, d.Origin.Y)};
     MoveBlocks(C, WrapSub(want.X, d.Applied.X), WrapSub(want.Y, d.Applied.Y));
     d.Applied = want;
-    C.SetHint(QStringLiteral("Moving %1 block(s) by %2, %3; Escape puts them back")
+    C.SetHint(TDiagContainer::tr("Moving %1 block(s) by %2, %3; Escape puts them back")
                   .arg(d.Moving.size())
                   .arg(want.X)
                   .arg(want.Y));
@@ -890,7 +890,7 @@ void TDirectEditing::BandStep(TDiagContainer& C, TPoint P) {
     for (TDiagConnection* w : C.ConList->ConnectionsNear(br, 0))
         if (!w->FPoints.empty() && d.Band.contains(BoxOf(w->FPoints)))
             d.Wires.insert(w);
-    C.SetHint(QStringLiteral("%1 block(s), %2 wire(s)").arg(inside.size()).arg(d.Wires.size()));
+    C.SetHint(TDiagContainer::tr("%1 block(s), %2 wire(s)").arg(inside.size()).arg(d.Wires.size()));
     // Only what changed is repainted: the strips between the band before and now, and the wires
     // that entered or left the selection (blocks repaint themselves when they do).
     const QRect before = d.Painted;
@@ -954,7 +954,7 @@ void TDirectEditing::DeleteSelected(TDiagContainer& C) {
             C.DeleteCurSegment();
         return;
     }
-    const TUndoStepScope step(C.UndoStack(), QStringLiteral("Delete"));
+    const TUndoStepScope step(C.UndoStack(), TDiagContainer::tr("Delete"));
     QSet<TDiagConnection*> doomed(wires.begin(), wires.end());
     for (TDiagObject* b : blocks)
         for (TDiagConnection* w : C.ConList->ConnectionsAt(b))
@@ -1037,7 +1037,7 @@ bool TDiagContainer::DirectKeyDown(int Key, Qt::KeyboardModifiers Modifiers) {
     uint32_t key = 0;
     for (const auto& b : d.Moving)
         key = key * 31u + uint32_t(b ? b->FObjKey : 0);
-    FUndoStack->PushStep(QStringLiteral("Move"), before, kGroupKeyMoveMergeId, key);
+    FUndoStack->PushStep(TDiagContainer::tr("Move"), before, kGroupKeyMoveMergeId, key);
     return true;
 }
 

@@ -55,6 +55,14 @@ void DiagramWidget::setFollowPalette(bool on) {
     container()->SetFollowPalette(on);
 }
 
+bool DiagramWidget::directEditing() const {
+    return container()->DirectEditing();
+}
+
+void DiagramWidget::setDirectEditing(bool on) {
+    container()->SetDirectEditing(on);
+}
+
 void DiagramWidget::setDiagramFile(const QString& file) {
     FDiagramFile = file;
     FLoadError.clear();

@@ -8,8 +8,9 @@
 // canvas, then the panel, a child widget that goes with the widget itself.
 //
 // Properties a form can set: designMode (edit with the mouse and the context menus),
-// diagramFile (the .dgm file shown; setting it loads it) and followPalette (colours from the
-// panel's palette, see TDiagContainer::SetFollowPalette).
+// diagramFile (the .dgm file shown; setting it loads it), followPalette (colours from the
+// panel's palette, see TDiagContainer::SetFollowPalette) and directEditing (wires dragged from
+// marker to marker, rubber band selection: TDiagContainer::SetDirectEditing).
 //
 // Unlike a container made by hand, the widget's container has SetTabSelectsBlocks on: in design
 // mode Tab and Shift+Tab walk the blocks.
@@ -35,8 +36,7 @@ class VELDIAGEDIT_EXPORT DiagramWidget : public QWidget {
     Q_PROPERTY(bool designMode READ designMode WRITE setDesignMode)
     Q_PROPERTY(QString diagramFile READ diagramFile WRITE setDiagramFile)
     Q_PROPERTY(bool followPalette READ followPalette WRITE setFollowPalette)
-    // A property "directEditing" belongs here once the container has that option: READ and
-    // WRITE forwarding to the container, as followPalette does.
+    Q_PROPERTY(bool directEditing READ directEditing WRITE setDirectEditing)
 public:
     explicit DiagramWidget(QWidget* parent = nullptr);
     ~DiagramWidget() override;
@@ -49,6 +49,8 @@ public:
     void setDiagramFile(const QString& file);
     bool followPalette() const;
     void setFollowPalette(bool on);
+    bool directEditing() const;
+    void setDirectEditing(bool on);
     // Why the last diagramFile did not load; empty when it did.
     QString loadError() const { return FLoadError; }
 

@@ -293,6 +293,74 @@
         <source>Left, Top, Right, Bottom</source>
         <translation>Left, top, right, bottom</translation>
     </message>
+    <message>
+        <source>input %1</source>
+        <translation>input %1</translation>
+    </message>
+    <message>
+        <source>output %1</source>
+        <translation>output %1</translation>
+    </message>
+    <message>
+        <source>Click to select %1; right-click for the wire commands</source>
+        <translation>Click to select %1; right-click for the wire commands</translation>
+    </message>
+    <message>
+        <source>Click to select %1; Shift-drag to move, Shift-drag the bottom-right corner to resize</source>
+        <translation>Click to select %1; Shift-drag to move, Shift-drag the bottom-right corner to resize</translation>
+    </message>
+    <message>
+        <source>Drag to draw a wire from %1</source>
+        <translation>Drag to draw a wire from %1</translation>
+    </message>
+    <message>
+        <source>Drag to resize</source>
+        <translation>Drag to resize</translation>
+    </message>
+    <message>
+        <source>Click to select %1, drag to move it, Ctrl-click to add it</source>
+        <translation>Click to select %1, drag to move it, Ctrl-click to add it</translation>
+    </message>
+    <message>
+        <source>%1: %2 input(s), %3 output(s)</source>
+        <translation>%1: %2 input(s), %3 output(s)</translation>
+    </message>
+    <message>
+        <source>Drag to select blocks and wires</source>
+        <translation>Drag to select blocks and wires</translation>
+    </message>
+    <message>
+        <source>Click to select this segment</source>
+        <translation>Click to select this segment</translation>
+    </message>
+    <message>
+        <source>Release to wire %1 to %2 of %3</source>
+        <translation>Release to wire %1 to %2 of %3</translation>
+    </message>
+    <message>
+        <source>Release to end the wire on this one, with a junction</source>
+        <translation>Release to end the wire on this one, with a junction</translation>
+    </message>
+    <message>
+        <source>Release to end the wire here; Escape cancels</source>
+        <translation>Release to end the wire here; Escape cancels</translation>
+    </message>
+    <message>
+        <source>An input cannot be wired to an input</source>
+        <translation>An input cannot be wired to an input</translation>
+    </message>
+    <message>
+        <source>An output cannot be wired to an output</source>
+        <translation>An output cannot be wired to an output</translation>
+    </message>
+    <message>
+        <source>Moving %1 block(s) by %2, %3; Escape puts them back</source>
+        <translation>Moving %1 block(s) by %2, %3; Escape puts them back</translation>
+    </message>
+    <message>
+        <source>%1 block(s), %2 wire(s)</source>
+        <translation>%1 block(s), %2 wire(s)</translation>
+    </message>
 </context>
 <context>
     <name>vde::TDiagObjectType</name>

@@ -293,6 +293,74 @@
         <source>Left, Top, Right, Bottom</source>
         <translation>Слева, сверху, справа, снизу</translation>
     </message>
+    <message>
+        <source>input %1</source>
+        <translation>вход %1</translation>
+    </message>
+    <message>
+        <source>output %1</source>
+        <translation>выход %1</translation>
+    </message>
+    <message>
+        <source>Click to select %1; right-click for the wire commands</source>
+        <translation>Щелчок выделяет %1; правая кнопка — команды соединений</translation>
+    </message>
+    <message>
+        <source>Click to select %1; Shift-drag to move, Shift-drag the bottom-right corner to resize</source>
+        <translation>Щелчок выделяет %1; перетаскивание с Shift перемещает, за правый нижний угол — меняет размер</translation>
+    </message>
+    <message>
+        <source>Drag to draw a wire from %1</source>
+        <translation>Перетащите, чтобы провести соединение от: %1</translation>
+    </message>
+    <message>
+        <source>Drag to resize</source>
+        <translation>Перетащите, чтобы изменить размер</translation>
+    </message>
+    <message>
+        <source>Click to select %1, drag to move it, Ctrl-click to add it</source>
+        <translation>Щелчок выделяет %1, перетаскивание перемещает, Ctrl+щелчок добавляет к выделению</translation>
+    </message>
+    <message>
+        <source>%1: %2 input(s), %3 output(s)</source>
+        <translation>%1: входов %2, выходов %3</translation>
+    </message>
+    <message>
+        <source>Drag to select blocks and wires</source>
+        <translation>Перетащите, чтобы выделить блоки и соединения</translation>
+    </message>
+    <message>
+        <source>Click to select this segment</source>
+        <translation>Щелчок выделяет этот отрезок</translation>
+    </message>
+    <message>
+        <source>Release to wire %1 to %2 of %3</source>
+        <translation>Отпустите, чтобы соединить %1 с: %2 (%3)</translation>
+    </message>
+    <message>
+        <source>Release to end the wire on this one, with a junction</source>
+        <translation>Отпустите, чтобы закончить соединение на этом, с точкой пересечения</translation>
+    </message>
+    <message>
+        <source>Release to end the wire here; Escape cancels</source>
+        <translation>Отпустите, чтобы закончить соединение здесь; Esc — отмена</translation>
+    </message>
+    <message>
+        <source>An input cannot be wired to an input</source>
+        <translation>Вход нельзя соединить со входом</translation>
+    </message>
+    <message>
+        <source>An output cannot be wired to an output</source>
+        <translation>Выход нельзя соединить с выходом</translation>
+    </message>
+    <message>
+        <source>Moving %1 block(s) by %2, %3; Escape puts them back</source>
+        <translation>Перемещение блоков (%1) на %2, %3; Esc возвращает их</translation>
+    </message>
+    <message>
+        <source>%1 block(s), %2 wire(s)</source>
+        <translation>Блоков: %1, соединений: %2</translation>
+    </message>
 </context>
 <context>
     <name>vde::TDiagObjectType</name>
