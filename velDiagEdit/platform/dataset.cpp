@@ -514,41 +514,53 @@ TField& TDataSet::FieldByName(const QString& name) const {
     throw EDatabaseError(QStringLiteral("Table \"%1\" has no field \"%2\"").arg(FTableName, name));
 }
 
-bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
-    CheckActive("locate");
-    CheckBrowseMode();
+TDataSet::TKeyMatch TDataSet::MatchKeys(const QString& keyFields, const QVariantList& keyValues,
+                                        const char* what) const {
+    TKeyMatch m;
     const QStringList names = keyFields.split(QLatin1Char(';'));
-    std::vector<int> cols;
     for (const QString& n : names)
-        cols.push_back(FieldByName(n).FIndex);
-    if (keyValues.size() < qsizetype(cols.size()))
-        throw EDatabaseError(QStringLiteral("Table \"%1\": locate on %2 fields with %3 values")
-                                 .arg(FTableName)
-                                 .arg(cols.size())
+        m.Columns.push_back(FieldByName(n).FIndex);
+    if (keyValues.size() < qsizetype(m.Columns.size()))
+        throw EDatabaseError(QStringLiteral("Table \"%1\": %2 on %3 fields with %4 values")
+                                 .arg(FTableName, QLatin1String(what))
+                                 .arg(m.Columns.size())
                                  .arg(keyValues.size()));
-    std::vector<QString> wanted;
     QStringList conds;
-    for (size_t i = 0; i < cols.size(); ++i) {
-        wanted.push_back(keyValues[qsizetype(i)].toString());
-        const QString q = QuoteField(cols[i]);
+    for (size_t i = 0; i < m.Columns.size(); ++i) {
+        m.Wanted.push_back(keyValues[qsizetype(i)].toString());
+        const QString q = QuoteField(m.Columns[i]);
         // A text column is compared as it is (its indexes stay usable); anything else as text.
-        conds << (IsTextType(FFields[size_t(cols[i])]->DataType())
+        conds << (IsTextType(FFields[size_t(m.Columns[i])]->DataType())
                       ? q + QStringLiteral(" = ?")
                       : QStringLiteral("CAST(%1 AS TEXT) = ?").arg(q));
     }
+    m.Condition = conds.join(QStringLiteral(" AND "));
     QStringList select;
     for (int k : FKeyColumns)
         select << QuoteField(k);
-    for (int c : cols)
+    for (int c : m.Columns)
         select << (FIsBlob[size_t(c)] ? QStringLiteral("CAST(%1 AS TEXT)").arg(QuoteField(c))
                                       : QuoteField(c));
+    m.SelectKeys = select.join(QStringLiteral(", "));
+    return m;
+}
+
+QString TDataSet::OrderByKey() const {
+    QStringList keyCols;
+    for (int k : FKeyColumns)
+        keyCols << QuoteField(k);
+    return keyCols.join(QStringLiteral(", "));
+}
+
+bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
+    CheckActive("locate");
+    CheckBrowseMode();
+    const TKeyMatch m = MatchKeys(keyFields, keyValues, "locate");
     QSqlQuery q(Connection());
     q.setForwardOnly(true);
     q.prepare(QStringLiteral("SELECT %1 FROM %2 WHERE %3 ORDER BY %4")
-                  .arg(select.join(QStringLiteral(", ")), FQuotedTable,
-                       conds.join(QStringLiteral(" AND ")),
-                       select.mid(0, qsizetype(FKeyColumns.size())).join(QStringLiteral(", "))));
-    for (const QString& w : wanted)
+                  .arg(m.SelectKeys, FQuotedTable, m.Condition, OrderByKey()));
+    for (const QString& w : m.Wanted)
         q.addBindValue(NonNullEmpty(QVariant(w)));
     if (!q.exec())
         Fail(QStringLiteral("cannot locate a record"), DriverReason(q.lastError()));
@@ -557,8 +569,8 @@ bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
     const int nk = int(FKeyColumns.size());
     while (q.next()) {
         bool same = true;
-        for (size_t i = 0; same && i < cols.size(); ++i)
-            same = q.value(nk + int(i)).toString() == wanted[i];
+        for (size_t i = 0; same && i < m.Columns.size(); ++i)
+            same = q.value(nk + int(i)).toString() == m.Wanted[i];
         if (!same)
             continue;
         std::vector<QVariant> key;
@@ -568,6 +580,132 @@ bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
         return ReadRecord(key);
     }
     return false;
+}
+
+TConditionalWrite TDataSet::WriteBlobIfUnchanged(const QString& keyFields,
+                                                 const QVariantList& keyValues, TField* field,
+                                                 const QByteArray& bytes, const QString& expected) {
+    CheckActive("write a blob");
+    CheckBrowseMode();
+    if (!field || field->FDataSet != this || !field->IsBlob())
+        Fail(QStringLiteral("cannot write a blob"),
+             QStringLiteral("the field is not a blob field of this dataset"));
+    const int blob = field->FIndex;
+    const TKeyMatch m = MatchKeys(keyFields, keyValues, "write a blob");
+    QSqlDatabase db = Connection();
+    const QSqlDriver::DbmsType dbms = db.driver()->dbmsType();
+    const bool sqlite = dbms == QSqlDriver::SQLite;
+    const bool postgres = dbms == QSqlDriver::PostgreSQL;
+    const bool tx = db.driver()->hasFeature(QSqlDriver::Transactions);
+    // SQLite's plain BEGIN takes the write lock only at the first write, after the compare; an
+    // immediate one takes it at once, so a second writer waits before it reads.
+    const auto run = [&](const QString& sql, const char* what) {
+        QSqlQuery t(db);
+        if (!t.exec(sql))
+            Fail(QString::fromLatin1(what), DriverReason(t.lastError()));
+    };
+    if (sqlite)
+        run(QStringLiteral("BEGIN IMMEDIATE"), "cannot start a transaction");
+    else if (tx && !db.transaction())
+        Fail(QStringLiteral("cannot start a transaction"), DriverReason(db.lastError()));
+    const bool inTransaction = sqlite || tx;
+    TConditionalWrite result;
+    std::vector<QVariant> key;
+    try {
+        {
+            // PostgreSQL works the fingerprint out itself, so that the old blob never travels.
+            const QString quotedBlob = QuoteField(blob);
+            const QString print =
+                postgres ? QStringLiteral("CASE WHEN %1 IS NULL OR octet_length(%1) = 0 THEN '' "
+                                          "ELSE encode(sha256(%1), 'hex') END")
+                               .arg(quotedBlob)
+                         : quotedBlob;
+            QSqlQuery q(db);
+            q.setForwardOnly(true);
+            q.prepare(QStringLiteral("SELECT %1, %2 FROM %3 WHERE %4 ORDER BY %5%6")
+                          .arg(m.SelectKeys, print, FQuotedTable, m.Condition, OrderByKey(),
+                               postgres ? QStringLiteral(" FOR UPDATE") : QString()));
+            for (const QString& w : m.Wanted)
+                q.addBindValue(NonNullEmpty(QVariant(w)));
+            if (!q.exec())
+                Fail(QStringLiteral("cannot read the stored blob"), DriverReason(q.lastError()));
+            const int nk = int(FKeyColumns.size());
+            const int at = nk + int(m.Columns.size());
+            while (q.next()) {
+                bool same = true;
+                for (size_t i = 0; same && i < m.Columns.size(); ++i)
+                    same = q.value(nk + int(i)).toString() == m.Wanted[i];
+                if (!same)
+                    continue;
+                for (int i = 0; i < nk; ++i)
+                    key.push_back(q.value(i));
+                result.Found = postgres ? q.value(at).toString()
+                                        : ContentFingerprint(q.value(at).toByteArray());
+                break;
+            }
+        }
+        if (result.Found == expected) {
+            QSqlQuery w(db);
+            if (!key.empty()) {
+                w.prepare(QStringLiteral("UPDATE %1 SET %2 = ? WHERE %3")
+                              .arg(FQuotedTable, QuoteField(blob), KeyCondition()));
+                w.addBindValue(NonNullEmpty(QVariant(bytes)));
+                for (const QVariant& v : key)
+                    w.addBindValue(v);
+                if (!w.exec())
+                    Fail(QStringLiteral("cannot write the blob"), DriverReason(w.lastError()));
+                if (w.numRowsAffected() != 1)
+                    Fail(QStringLiteral("cannot write the blob"),
+                         QStringLiteral("the record no longer exists"));
+            } else {
+                QStringList cols, marks;
+                for (int c : m.Columns) {
+                    cols << QuoteField(c);
+                    marks << QStringLiteral("?");
+                }
+                cols << QuoteField(blob);
+                marks << QStringLiteral("?");
+                w.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3) RETURNING %4")
+                              .arg(FQuotedTable, cols.join(QStringLiteral(", ")),
+                                   marks.join(QStringLiteral(", ")), OrderByKey()));
+                for (const QString& v : m.Wanted)
+                    w.addBindValue(NonNullEmpty(QVariant(v)));
+                w.addBindValue(NonNullEmpty(QVariant(bytes)));
+                if (!w.exec())
+                    Fail(QStringLiteral("cannot append a record"), DriverReason(w.lastError()));
+                if (!w.next())
+                    Fail(QStringLiteral("cannot append a record"),
+                         QStringLiteral("the server did not return the new record's key"));
+                for (int i = 0; i < int(FKeyColumns.size()); ++i)
+                    key.push_back(w.value(i));
+            }
+            // A statement still open keeps SQLite from committing.
+            w.finish();
+            result.Written = true;
+        }
+        if (sqlite)
+            run(result.Written ? QStringLiteral("COMMIT") : QStringLiteral("ROLLBACK"),
+                "cannot commit");
+        else if (tx && result.Written && !db.commit())
+            Fail(QStringLiteral("cannot commit"), DriverReason(db.lastError()));
+        else if (tx && !result.Written)
+            db.rollback();
+    } catch (...) {
+        if (inTransaction && db.isOpen()) {
+            if (sqlite) {
+                QSqlQuery r(db);
+                r.exec(QStringLiteral("ROLLBACK"));
+            } else {
+                db.rollback();
+            }
+        }
+        throw;
+    }
+    if (!key.empty() && ReadRecord(key) && result.Written) {
+        FCurrent[size_t(blob)] = NonNullEmpty(QVariant(bytes));
+        FLoaded[size_t(blob)] = true;
+    }
+    return result;
 }
 
 void TDataSet::Append() {
