@@ -38,6 +38,10 @@ struct MediumName {
     }
 };
 
+void PrintTo(Medium m, std::ostream* os) {
+    *os << (m == Medium::File ? "File" : m == Medium::SQLite ? "SQLite" : "PostgreSQL");
+}
+
 const QString kName = QStringLiteral("Chart");
 const QString kSection = QStringLiteral("frmMain.frmConfig.Chart");
 
