@@ -219,3 +219,25 @@ TEST_P(BlobIfUnchanged, AWriteTheServerRefusesLeavesTheOldBytesAndTheConnectionU
     EXPECT_TRUE(Write(QStringLiteral("s"), "new", QtSha("old")).Written);
     EXPECT_EQ(Blob(QStringLiteral("s")), QByteArray("new"));
 }
+
+TEST_P(BlobIfUnchanged, ANulInAKeyIsRefusedByPostgreSQLAndKeptBySQLite) {
+    const QString withNul = QStringLiteral("a") + QChar(0) + QStringLiteral("b");
+    if (GetParam() == DbKind::PostgreSQL) {
+        try {
+            Write(withNul, "x", QString());
+            FAIL() << "written";
+        } catch (const EDatabaseError& e) {
+            EXPECT_TRUE(e.Message().contains(QStringLiteral("NUL character")))
+                << e.Message().toStdString();
+        }
+        EXPECT_THROW(FData->Locate(QStringLiteral("Section;Key"),
+                                   {QVariant(withNul), QVariant(QStringLiteral("K"))}),
+                     EDatabaseError);
+        EXPECT_EQ(FDb->RowCount(FTable), 0);
+        return;
+    }
+    EXPECT_TRUE(Write(withNul, "x", QString()).Written);
+    EXPECT_TRUE(FData->Locate(QStringLiteral("Section;Key"),
+                              {QVariant(withNul), QVariant(QStringLiteral("K"))}));
+    EXPECT_EQ(FData->FieldValue(QStringLiteral("Section")).toString(), withNul);
+}

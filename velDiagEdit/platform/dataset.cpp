@@ -514,6 +514,15 @@ TField& TDataSet::FieldByName(const QString& name) const {
     throw EDatabaseError(QStringLiteral("Table \"%1\" has no field \"%2\"").arg(FTableName, name));
 }
 
+void TDataSet::CheckText(const QVariant& value, const char* what) const {
+    if (value.metaType().id() != QMetaType::QString || !value.toString().contains(QChar(0)))
+        return;
+    if (Connection().driver()->dbmsType() == QSqlDriver::PostgreSQL)
+        Fail(QStringLiteral("cannot ") + QLatin1String(what),
+             QStringLiteral("a text value holds the NUL character, which PostgreSQL text "
+                            "cannot hold"));
+}
+
 TDataSet::TKeyMatch TDataSet::MatchKeys(const QString& keyFields, const QVariantList& keyValues,
                                         const char* what) const {
     TKeyMatch m;
@@ -528,6 +537,7 @@ TDataSet::TKeyMatch TDataSet::MatchKeys(const QString& keyFields, const QVariant
     QStringList conds;
     for (size_t i = 0; i < m.Columns.size(); ++i) {
         m.Wanted.push_back(keyValues[qsizetype(i)].toString());
+        CheckText(QVariant(m.Wanted.back()), what);
         const QString q = QuoteField(m.Columns[i]);
         // A text column is compared as it is (its indexes stay usable); anything else as text.
         conds << (IsTextType(FFields[size_t(m.Columns[i])]->DataType())
@@ -752,6 +762,8 @@ void TDataSet::Post() {
         LeaveEditing();
         return;
     }
+    for (int i : set)
+        CheckText(FBuffer[size_t(i)], "post");
     QSqlDatabase db = Connection();
     const bool tx = db.driver()->hasFeature(QSqlDriver::Transactions);
     // Kept to put back when the transaction is rolled back.

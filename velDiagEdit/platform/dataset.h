@@ -151,6 +151,10 @@ private:
     };
     TKeyMatch MatchKeys(const QString& keyFields, const QVariantList& keyValues,
                         const char* what) const;
+    // PostgreSQL's driver writes text values into its statements, where a NUL would cut them
+    // short (and its text cannot hold one anyway): refused here, with a clear reason. `what`
+    // is the verb ("locate").
+    void CheckText(const QVariant& value, const char* what) const;
     bool ReadRecord(const std::vector<QVariant>& key);
     const QVariant& CurrentValue(int index) const;
     const QVariant& BufferValue(int index) const;
