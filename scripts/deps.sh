@@ -1,7 +1,7 @@
 # Installs the Debian packages the build needs when any is missing (sourced by the scripts).
 VDE_PACKAGES=(cmake ninja-build g++ clang libclang-rt-14-dev pkg-config
     qt6-base-dev qt6-svg-dev libqt6sql6-sqlite libqt6sql6-psql postgresql libgl-dev fonts-dejavu-core
-    libgtest-dev libbenchmark-dev libssl-dev)
+    libgtest-dev libbenchmark-dev libssl-dev libpq-dev)
 
 vde_ensure_packages() {
     local missing=()

@@ -13,6 +13,7 @@
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 
 using namespace vde;
 using vde::test::DbKind;
@@ -101,6 +102,47 @@ TEST(WriteFileIfUnchanged, AFolderThatCannotBeWrittenRaises) {
     EXPECT_THROW(
         WriteFileIfUnchanged(dir.filePath(QStringLiteral("missing/a.dgm")), "x", QString()),
         EFCreateError);
+}
+
+TEST(ReplaceFileBytes, ReplacesTheBytesKeepsThePermissionsAndLeavesNothingBeside) {
+    QTemporaryDir dir;
+    const QString f = dir.filePath(QStringLiteral("a.dgm"));
+    ReplaceFileBytes(f, "first");
+    EXPECT_EQ(Read(f), QByteArray("first"));
+    ASSERT_TRUE(QFile::setPermissions(f, QFile::ReadOwner | QFile::WriteOwner));
+    ReplaceFileBytes(f, "second");
+    EXPECT_EQ(Read(f), QByteArray("second"));
+    EXPECT_EQ(QFile::permissions(f) & 0x7077,
+              QFileDevice::Permissions(QFile::ReadOwner | QFile::WriteOwner) & 0x7077);
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
+              QStringList{QStringLiteral("a.dgm")});
+    EXPECT_THROW(ReplaceFileBytes(dir.filePath(QStringLiteral("missing/a.dgm")), "x"),
+                 EFCreateError);
+}
+
+TEST(RemoveStaleSaves, RemovesWhatADeadWriterLeftAndNothingElse) {
+    QTemporaryDir dir;
+    const QString f = dir.filePath(QStringLiteral("a.dgm"));
+    Write(f, "stored");
+    Write(dir.filePath(QStringLiteral("a.dgm.vde-save-Dead01")), "new");
+    Write(dir.filePath(QStringLiteral("a.dgm.backup")), "mine");
+    Write(dir.filePath(QStringLiteral("b.dgm.vde-save-Other1")), "other file's");
+    // A writer at work holds a lock on its file.
+    const QString live = dir.filePath(QStringLiteral("a.dgm.vde-save-Live01"));
+    Write(live, "being written");
+    QFile held(live);
+    ASSERT_TRUE(held.open(QIODevice::ReadOnly));
+    ASSERT_EQ(::flock(held.handle(), LOCK_EX), 0);
+    EXPECT_EQ(RemoveStaleSaves(f), 1);
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name),
+              (QStringList{QStringLiteral("a.dgm"), QStringLiteral("a.dgm.backup"),
+                           QStringLiteral("a.dgm.vde-save-Live01"),
+                           QStringLiteral("b.dgm.vde-save-Other1")}));
+    held.close();
+    // Every replace of the file removes them first.
+    ReplaceFileBytes(f, "next");
+    EXPECT_FALSE(QFile::exists(live));
+    EXPECT_TRUE(QFile::exists(dir.filePath(QStringLiteral("b.dgm.vde-save-Other1"))));
 }
 
 // ---- the dataset ------------------------------------------------------------------------------

@@ -304,6 +304,8 @@ void TdmDiagActions::LoadDiagram(const QString& AName) {
 
 void TdmDiagActions::LoadDiagramFile(const QString& AName, bool AClearWhenMissing) {
     const QString file = DiagramFileName(AName);
+    // What a save killed in the middle left beside the file goes first.
+    RemoveStaleSaves(file);
     QByteArray bytes;
     if (FileExists(file)) {
         // Read once: the fingerprint is that of exactly the bytes loaded.

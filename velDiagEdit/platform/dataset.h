@@ -155,6 +155,22 @@ private:
     // short (and its text cannot hold one anyway): refused here, with a clear reason. `what`
     // is the verb ("locate").
     void CheckText(const QVariant& value, const char* what) const;
+    // Runs one statement that writes, its "?" marks bound to `values` in order: the rows it
+    // returns (RETURNING), each value made of the type given, and the rows it changed. On
+    // PostgreSQL a statement that carries a blob goes through libpq with the blob in binary form
+    // (Qt's driver would send it as escaped text, twice its size, for the server to parse back).
+    struct TWriteResult {
+        int Affected = -1;
+        std::vector<std::vector<QVariant>> Rows;
+    };
+    TWriteResult ExecWrite(QSqlDatabase& db, const QString& sql,
+                           const std::vector<QVariant>& values,
+                           const std::vector<QMetaType>& returnTypes, const QString& what) const;
+    // The blob column `index` of the current record read from PostgreSQL in binary form; false
+    // when this connection is not one libpq can be asked through.
+    bool ReadPgBlob(int index, QVariant& value) const;
+    // The types of the primary key columns.
+    std::vector<QMetaType> KeyTypes() const;
     bool ReadRecord(const std::vector<QVariant>& key);
     const QVariant& CurrentValue(int index) const;
     const QVariant& BufferValue(int index) const;
