@@ -12,6 +12,7 @@
 #include "velDiagEdit/connections/diag_connection.h"
 #include "velDiagEdit/platform/canvas.h"
 #include "velDiagEdit/platform/dataset.h"
+#include "velDiagEdit/platform/host_program.h"
 #include "velDiagEdit/platform/streams.h"
 
 #include <QCoreApplication>
@@ -29,7 +30,8 @@ using namespace vde;
 
 namespace {
 
-enum Store { stFile, stSQLite, stPostgreSQL };
+// The last: PostgreSQL with its blob column compressed by lz4 instead of the default pglz.
+enum Store { stFile, stSQLite, stPostgreSQL, stPostgreSQLLz4 };
 
 // One host panel with a table module holding the large diagram, and its storage.
 struct LargeDiagram {
@@ -104,7 +106,9 @@ struct LargeDiagram {
             url = ParseDatabaseUrl(text);
         }
         connection = QStringLiteral("bench_%1").arg(int(store));
-        table = QStringLiteral("bench_config_%1").arg(QCoreApplication::applicationPid());
+        table = QStringLiteral("bench_config_%1_%2")
+                    .arg(QCoreApplication::applicationPid())
+                    .arg(int(store));
         QSqlDatabase db = AddDatabase(url, connection);
         if (!db.open()) {
             error = db.lastError().text();
@@ -112,7 +116,9 @@ struct LargeDiagram {
         }
         const QString id = store == stSQLite ? QStringLiteral("INTEGER PRIMARY KEY")
                                              : QStringLiteral("SERIAL PRIMARY KEY");
-        const QString blob = store == stSQLite ? QStringLiteral("BLOB") : QStringLiteral("BYTEA");
+        const QString blob = store == stSQLite       ? QStringLiteral("BLOB")
+                             : store == stPostgreSQL ? QStringLiteral("BYTEA")
+                                                     : QStringLiteral("BYTEA COMPRESSION lz4");
         QSqlQuery q(db);
         if (!q.exec(QStringLiteral("CREATE TABLE \"%1\" (\"id\" %2, \"Section\" TEXT NOT NULL, "
                                    "\"Key\" TEXT NOT NULL, \"BinData\" %3, "
@@ -127,7 +133,7 @@ struct LargeDiagram {
 };
 
 LargeDiagram& Diagram(Store store) {
-    static std::unique_ptr<LargeDiagram> made[3];
+    static std::unique_ptr<LargeDiagram> made[4];
     if (!made[store]) {
         made[store] = std::make_unique<LargeDiagram>(store);
         BenchCleanups().push_back([store] { made[store].reset(); });
@@ -246,5 +252,94 @@ BENCHMARK(BM_ReadLargeDiagramBytes)
     ->ArgName("file0_sqlite1_pg2")
     ->DenseRange(0, 2)
     ->Unit(benchmark::kMillisecond);
+
+// ---- the host's path: the module's save and load, with and without the conflict check
+
+// For the file, the plain file module's save and load by name (the bytes in memory, then one
+// replace of the file; the whole file read, then loaded from memory); for the tables, the table
+// module's. Argument 1 switches the conflict check on.
+void BM_SaveThroughModule(benchmark::State& state) {
+    const auto store = Store(state.range(0));
+    LargeDiagram& d = Diagram(store);
+    if (!Ready(state, d))
+        return;
+    const TScopedHostProgramPath program(d.dir.filePath(QStringLiteral("host")));
+    d.dm->SetUseDefaultSaveLoadProc(store == stFile);
+    d.dm->SetConflictCheck(state.range(1) != 0);
+    // One save first, so that the module knows what is stored.
+    d.dm->FNeedSave = true;
+    d.dm->SaveDiagram(QString());
+    for (auto _ : state) {
+        d.dm->FNeedSave = true;
+        d.dm->SaveDiagram(QString());
+    }
+    d.dm->SetConflictCheck(false);
+    d.dm->SetUseDefaultSaveLoadProc(false);
+    Report(state, d);
+}
+BENCHMARK(BM_SaveThroughModule)
+    ->ArgNames({"file0_sqlite1_pg2_pglz43", "check"})
+    ->ArgsProduct({{0, 1, 2, 3}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
+
+void BM_LoadThroughModule(benchmark::State& state) {
+    const auto store = Store(state.range(0));
+    LargeDiagram& d = Diagram(store);
+    if (!Ready(state, d))
+        return;
+    const TScopedHostProgramPath program(d.dir.filePath(QStringLiteral("host")));
+    d.dm->SetUseDefaultSaveLoadProc(store == stFile);
+    d.dm->FNeedSave = true;
+    d.dm->SaveDiagram(QString());
+    for (auto _ : state)
+        d.dm->LoadDiagram(QString());
+    d.dm->SetUseDefaultSaveLoadProc(false);
+    Report(state, d);
+}
+BENCHMARK(BM_LoadThroughModule)
+    ->ArgName("file0_sqlite1_pg2_pglz43")
+    ->DenseRange(0, 3)
+    ->Unit(benchmark::kMillisecond);
+
+// ---- PostgreSQL's blob through Qt's driver, for comparison: the bytes as escaped text
+
+void BM_WritePgBytesThroughQtDriver(benchmark::State& state) {
+    LargeDiagram& d = Diagram(stPostgreSQL);
+    if (!Ready(state, d))
+        return;
+    const QByteArray bytes(reinterpret_cast<const char*>(d.bytes.data()),
+                           qsizetype(d.bytes.size()));
+    QSqlQuery q(QSqlDatabase::database(d.connection));
+    q.prepare(
+        QStringLiteral("UPDATE \"%1\" SET \"BinData\" = ? WHERE \"Section\" = ?").arg(d.table));
+    for (auto _ : state) {
+        q.addBindValue(bytes);
+        q.addBindValue(QStringLiteral("frmMain.frmConfig.Large"));
+        if (!q.exec()) {
+            state.SkipWithError(q.lastError().text().toUtf8().constData());
+            return;
+        }
+    }
+    Report(state, d);
+}
+BENCHMARK(BM_WritePgBytesThroughQtDriver)->Unit(benchmark::kMillisecond);
+
+void BM_ReadPgBytesThroughQtDriver(benchmark::State& state) {
+    LargeDiagram& d = Diagram(stPostgreSQL);
+    if (!Ready(state, d))
+        return;
+    QSqlQuery q(QSqlDatabase::database(d.connection));
+    q.prepare(QStringLiteral("SELECT \"BinData\" FROM \"%1\" WHERE \"Section\" = ?").arg(d.table));
+    for (auto _ : state) {
+        q.addBindValue(QStringLiteral("frmMain.frmConfig.Large"));
+        if (!q.exec() || !q.next() ||
+            q.value(0).toByteArray().size() != qsizetype(d.bytes.size())) {
+            state.SkipWithError("the stored bytes are not the diagram's");
+            return;
+        }
+    }
+    Report(state, d);
+}
+BENCHMARK(BM_ReadPgBytesThroughQtDriver)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -2,7 +2,7 @@
 VDE_PACKAGES=(cmake ninja-build g++ clang libclang-rt-14-dev pkg-config
     qt6-base-dev qt6-svg-dev libqt6sql6-sqlite libqt6sql6-psql postgresql libgl-dev fonts-dejavu-core
     qt6-tools-dev qt6-l10n-tools qt6-tools-dev-tools libqt6designer6 libqt6opengl6-dev
-    libgtest-dev libbenchmark-dev)
+    libgtest-dev libbenchmark-dev libssl-dev libpq-dev)
 
 vde_ensure_packages() {
     local missing=()

@@ -23,6 +23,7 @@
 #include "velDiagEdit/platform/painter_backend.h"
 #include "velDiagEdit/platform/panel.h"
 #include "velDiagEdit/platform/recording_backend.h"
+#include "velDiagEdit/platform/stored_bytes.h"
 #include "velDiagEdit/platform/streams.h"
 #include "velDiagEdit/platform/translations.h"
 #include "velDiagEdit/platform/types.h"
@@ -67,5 +68,6 @@
 #include "velDiagEdit/timechart/time_chart_sample.h"
 
 #include "velDiagEdit/package/diag_package.h"
+#include "velDiagEdit/package/diag_storage_events.h"
 #include "velDiagEdit/package/diagram_widget.h"
 #include "velDiagEdit/package/version.h"

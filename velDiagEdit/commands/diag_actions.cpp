@@ -7,6 +7,8 @@
 #include "velDiagEdit/platform/errors.h"
 #include "velDiagEdit/platform/event_boundary.h"
 #include "velDiagEdit/platform/host_program.h"
+#include "velDiagEdit/platform/ini_file.h"
+#include "velDiagEdit/platform/streams.h"
 #include "velDiagEdit/platform/translations.h"
 
 #include <QMenuBar>
@@ -16,6 +18,12 @@ namespace vde {
 namespace {
 
 const QString kDiagramExt = QStringLiteral(".dgm");
+// Save as copy tries <name>_copy1, <name>_copy2, ... up to this many.
+constexpr int kMaxCopies = 1000;
+
+QByteArray ToQBytes(const std::vector<uint8_t>& b) {
+    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
+}
 
 } // namespace
 
@@ -303,13 +311,137 @@ QString TdmDiagActions::DiagramFileName(const QString& AName) const {
 }
 
 void TdmDiagActions::SaveDiagram(const QString& AName) {
-    Container().SaveDiagramToFile(DiagramFileName(AName));
+    const QString file = DiagramFileName(AName);
+    if (FConflictCheck) {
+        SaveChecked(AName, FileStorage());
+        return;
+    }
+    const QByteArray bytes = DiagramBytes();
+    SaveBytesToFile(file, bytes);
+    RememberStored(file, ContentFingerprint(bytes));
 }
 
 void TdmDiagActions::LoadDiagram(const QString& AName) {
+    LoadDiagramFile(AName, false);
+}
+
+void TdmDiagActions::LoadDiagramFile(const QString& AName, bool AClearWhenMissing) {
     const QString file = DiagramFileName(AName);
-    if (FileExists(file))
-        Container().LoadDiagramFromFile(file);
+    // What a save killed in the middle left beside the file goes first.
+    RemoveStaleSaves(file);
+    QByteArray bytes;
+    if (FileExists(file)) {
+        // Read once: the fingerprint is that of exactly the bytes loaded.
+        TFileStream in(file, fmOpenRead);
+        TMemoryStream all;
+        if (in.Size() > 0)
+            all.CopyFrom(in, 0);
+        bytes = ToQBytes(all.Bytes());
+    } else if (!AClearWhenMissing) {
+        RememberStored(file, QString());
+        return;
+    }
+    LoadStoredBytes(bytes, AClearWhenMissing);
+    RememberStored(file, ContentFingerprint(bytes));
+}
+
+QByteArray TdmDiagActions::DiagramBytes() {
+    TMemoryStream stream;
+    Container().SaveToStream(stream);
+    return ToQBytes(stream.Bytes());
+}
+
+void TdmDiagActions::LoadStoredBytes(const QByteArray& Bytes, bool AClearWhenEmpty) {
+    TDiagContainer& dc = Container();
+    if (Bytes.isEmpty()) {
+        if (AClearWhenEmpty)
+            dc.Clear(false);
+        return;
+    }
+    TMemoryStream stream(std::vector<uint8_t>(Bytes.begin(), Bytes.end()));
+    dc.LoadFromStream(stream);
+}
+
+void TdmDiagActions::RememberStored(const QString& Place, const QString& Fingerprint) {
+    FStoredPlace = Place;
+    FStoredFingerprint = Fingerprint;
+}
+
+TdmDiagActions::TStorageKind TdmDiagActions::FileStorage() {
+    TStorageKind kind;
+    kind.Place = [this](const QString& AName) { return DiagramFileName(AName); };
+    kind.Store = [this](const QString& AName, const QByteArray& Bytes, const QString& Expected) {
+        return WriteFileIfUnchanged(DiagramFileName(AName), Bytes, Expected);
+    };
+    kind.Reload = [this](const QString& AName) { LoadDiagramFile(AName, true); };
+    return kind;
+}
+
+void TdmDiagActions::SaveChecked(const QString& AName, const TStorageKind& Storage) {
+    TDiagContainer& dc = Container();
+    const QString name = AName.isEmpty() ? GetName() : AName;
+    const QString place = Storage.Place(name);
+    const QByteArray bytes = DiagramBytes();
+    // A place this module never loaded from nor saved to is expected to hold nothing.
+    QString expected = place == FStoredPlace ? FStoredFingerprint : QString();
+    bool overwriting = false;
+    for (;;) {
+        const TConditionalWrite done = Storage.Store(name, bytes, expected);
+        if (done.Written) {
+            RememberStored(place, ContentFingerprint(bytes));
+            if (overwriting && OnConflictResolved)
+                OnConflictResolved(this, ccOverwrite, QString());
+            return;
+        }
+        const QString what =
+            done.Found.isEmpty() ? QStringLiteral("was removed by someone else after it was loaded")
+            : expected.isEmpty()
+                ? QStringLiteral("was stored by someone else, and this one never saw it")
+                : QStringLiteral("was saved by someone else after it was loaded");
+        const QString message =
+            QStringLiteral("The diagram \"%1\" (%2) %3 (loaded: %4, stored now: %5). "
+                           "Nothing was written.")
+                .arg(name, place, what, ShortFingerprint(expected), ShortFingerprint(done.Found));
+        if (!HasDialogService())
+            throw EDiagramConflict(message, place, expected, done.Found);
+        const TConflictChoice choice = DialogService().AskSaveConflict(message);
+        switch (choice) {
+        case ccOverwrite:
+            // Theirs, as just seen, is what goes; if it changes again meanwhile, the question
+            // comes again.
+            expected = done.Found;
+            overwriting = true;
+            continue;
+        case ccReload:
+            Storage.Reload(name);
+            dc.UndoStack()->clear();
+            dc.UndoStack()->setClean();
+            break;
+        case ccSaveAsCopy: {
+            QString copy;
+            for (int n = 1; copy.isEmpty() && n <= kMaxCopies; ++n) {
+                const QString candidate = name + QStringLiteral("_copy") + QString::number(n);
+                if (Storage.Store(candidate, bytes, QString()).Written)
+                    copy = candidate;
+            }
+            if (copy.isEmpty())
+                throw EDiagramConflict(
+                    message + QStringLiteral(" No free name for a copy up to %1_copy%2.")
+                                  .arg(name)
+                                  .arg(kMaxCopies),
+                    place, expected, done.Found);
+            if (OnConflictResolved)
+                OnConflictResolved(this, choice, copy);
+            return;
+        }
+        case ccCancel:
+        default:
+            throw EDiagramConflict(message, place, expected, done.Found);
+        }
+        if (OnConflictResolved)
+            OnConflictResolved(this, choice, QString());
+        return;
+    }
 }
 
 void TdmDiagActions::LoadDiagramEx(const QString& /*AName*/, const QString& /*ATabName*/) {

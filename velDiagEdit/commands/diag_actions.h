@@ -20,12 +20,15 @@
 #include "velDiagEdit/platform/controls.h"
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/menus.h"
+#include "velDiagEdit/platform/stored_bytes.h"
 #include "velDiagEdit/velDiagEdit_export.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QWidget>
+#include <functional>
 #include <memory>
 
 namespace vde {
@@ -79,7 +82,8 @@ public:
     // ---- storage
     // By name, as <host program directory>/<name>.dgm; an empty name means this module's name.
     // Saving always writes; loading skips a missing file without a word. A storage of another
-    // kind (a table) overrides both; every caller goes through these two.
+    // kind (a table) overrides both; every caller goes through these two. Both remember the
+    // fingerprint of the bytes they moved (see GetStoredFingerprint).
     virtual void SaveDiagram(const QString& AName);
     virtual void LoadDiagram(const QString& AName);
     // Loading for a host window that names a tab as well: here LoadDiagram(""); a table storage
@@ -88,6 +92,30 @@ public:
     // The file SaveDiagram and LoadDiagram use for AName.
     // EInvalidOperation for a name holding a path separator or NUL, or "." or "..".
     QString DiagramFileName(const QString& AName) const;
+
+    // ---- several users of one stored diagram
+    // Off (the default), a save writes whatever is stored: the last save wins. On, a save
+    // writes only while the stored diagram is still the one this module last loaded or saved
+    // there (by fingerprint), compared in the same transaction as the write, or just before the
+    // file is replaced; a diagram never stored there expects nothing stored. When someone else
+    // changed or removed it, nothing is written and the dialog service in force is asked
+    // (AskSaveConflict): Overwrite stores this diagram anyway, Reload drops it and loads the
+    // stored one (its undo steps go with it), Save as copy stores it under the first free name
+    // <name>_copy<N> and leaves the stored one as it is. Cancel, or no dialog service at all,
+    // raises EDiagramConflict and the diagram stays to be saved.
+    void SetConflictCheck(bool Value) { FConflictCheck = Value; }
+    bool GetConflictCheck() const { return FConflictCheck; }
+    // The fingerprint (platform/stored_bytes.h) of the bytes last loaded from or saved to the
+    // storage, and the place they belong to (the file, or a record's key values): both empty
+    // before the first load or save; an empty fingerprint with a place: nothing was stored
+    // there.
+    const QString& GetStoredFingerprint() const { return FStoredFingerprint; }
+    const QString& GetStoredPlace() const { return FStoredPlace; }
+    // After a conflict was answered with anything but Cancel: the answer and, for Save as copy,
+    // the name the copy was stored under.
+    std::function<void(TdmDiagActions* Module, TConflictChoice Choice, const QString& CopyName)>
+        OnConflictResolved;
+
     // Through the save and open dialogs; see the definitions for the names they propose.
     void SaveDiagramToFile();
     void LoadDiagramFromFile();
@@ -176,6 +204,29 @@ public:
     // The diagram may have changed and should be written by a table storage.
     bool FNeedSave = false;
 
+protected:
+    // One kind of storage as a checked save sees it.
+    struct TStorageKind {
+        // Where a diagram of that name is kept: a file name, or a record's key values.
+        std::function<QString(const QString& AName)> Place;
+        // Writes the bytes there when the stored ones still have the fingerprint Expected.
+        std::function<TConditionalWrite(const QString& AName, const QByteArray& Bytes,
+                                        const QString& Expected)>
+            Store;
+        // Loads what is stored there, the surface emptied when nothing is.
+        std::function<void(const QString& AName)> Reload;
+    };
+    // The file storage beside the host program.
+    TStorageKind FileStorage();
+    // A save with the check on, through the storage given; see SetConflictCheck.
+    void SaveChecked(const QString& AName, const TStorageKind& Storage);
+    void RememberStored(const QString& Place, const QString& Fingerprint);
+    // The container's stream, as stored.
+    QByteArray DiagramBytes();
+    // Loads stored bytes into the surface; none empties it when AClearWhenEmpty is set, and
+    // leaves it as it is otherwise.
+    void LoadStoredBytes(const QByteArray& Bytes, bool AClearWhenEmpty);
+
 private:
     void BuildComponents();
     // ACaption: the source text, translated in this class's context (see translations.h).
@@ -186,7 +237,13 @@ private:
     void RunFileCommand(void (TdmDiagActions::*Command)(), const QString& Action,
                         const TFileDialog& Dialog);
 
+    // Loads the file for AName, remembering its fingerprint.
+    void LoadDiagramFile(const QString& AName, bool AClearWhenMissing);
+
     QPointer<QObject> FOwner;
+    bool FConflictCheck = false;
+    QString FStoredFingerprint;
+    QString FStoredPlace;
 };
 
 } // namespace vde

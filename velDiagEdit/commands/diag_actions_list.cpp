@@ -92,6 +92,8 @@ TdmDiagActions* TDiagActionsList::CreateDiagActions(const QString& AName, QWidge
     std::unique_ptr<TdmDiagActions> module = NewDiagActions();
     module->SetName(AName); // raises for a bad or taken name; the module then goes
     module->CreateContainer(AParent, ACanvas);
+    module->SetConflictCheck(FConflictCheck);
+    module->OnConflictResolved = FOnConflictResolved;
     TdmDiagActions* result = module.get();
     FItems.insert(FItems.begin() + index, {AName, QPointer<TdmDiagActions>(module.release())});
     return result;
@@ -112,6 +114,20 @@ void TDiagActionsList::SaveDiagrams() {
     for (int i = 0; i < Count(); ++i)
         if (TdmDiagActions* module = Objects(i))
             module->SaveDiagram(QString());
+}
+
+void TDiagActionsList::SetConflictCheck(bool Value) {
+    FConflictCheck = Value;
+    for (int i = 0; i < Count(); ++i)
+        if (TdmDiagActions* module = Objects(i))
+            module->SetConflictCheck(Value);
+}
+
+void TDiagActionsList::SetOnConflictResolved(decltype(TdmDiagActions::OnConflictResolved) Handler) {
+    FOnConflictResolved = std::move(Handler);
+    for (int i = 0; i < Count(); ++i)
+        if (TdmDiagActions* module = Objects(i))
+            module->OnConflictResolved = FOnConflictResolved;
 }
 
 void TDiagActionsList::EnableDesignMode(bool Enable) {

@@ -60,6 +60,13 @@ public:
     void SaveDiagrams();
     void EnableDesignMode(bool Enable);
 
+    // The conflict check (TdmDiagActions::SetConflictCheck) of every module, and of those made
+    // later.
+    void SetConflictCheck(bool Value);
+    bool GetConflictCheck() const { return FConflictCheck; }
+    // Given to every module, and to those made later, as its OnConflictResolved.
+    void SetOnConflictResolved(decltype(TdmDiagActions::OnConflictResolved) Handler);
+
     QObject* GetOwner() const { return FOwner.data(); }
     TDataSet* GetDataStore() const { return FDataStore; }
     const QString& GetModuleName() const { return FModuleName; }
@@ -72,6 +79,8 @@ private:
     QPointer<QObject> FOwner;
     TDataSet* FDataStore = nullptr;
     QString FModuleName;
+    bool FConflictCheck = false;
+    decltype(TdmDiagActions::OnConflictResolved) FOnConflictResolved;
     // Owned; watched as well, so that a module its owner freed too early reads as none here
     // instead of being freed twice.
     std::vector<std::pair<QString, QPointer<TdmDiagActions>>> FItems;

@@ -47,6 +47,10 @@ TdmTableDiagActions::TdmTableDiagActions(QObject* AOwner, TDataSet* ADataStore,
 
 void TdmTableDiagActions::GenKeyFieldsAndValues(const QString& AName) {
     KeyFields = kKeyFields;
+    KeyValues = KeyValuesFor(AName);
+}
+
+QString TdmTableDiagActions::KeyValuesFor(const QString& AName) {
     if (FTabName.isEmpty())
         FTabName = kDefaultTabName;
     // "|" separates the key values: a tab named "frmConfig.Victim|DiagramChart|x" would address
@@ -55,8 +59,8 @@ void TdmTableDiagActions::GenKeyFieldsAndValues(const QString& AName) {
         throw EInvalidOperation(QStringLiteral("The tab name \"%1\" holds \"|\", which separates "
                                                "the key values of a diagram's record")
                                     .arg(FTabName));
-    KeyValues = ReplaceFirst(kKeyTemplate, QStringLiteral("@T"), FTabName);
-    KeyValues = ReplaceFirst(KeyValues, QStringLiteral("@C"), AName);
+    return ReplaceFirst(ReplaceFirst(kKeyTemplate, QStringLiteral("@T"), FTabName),
+                        QStringLiteral("@C"), AName);
 }
 
 void TdmTableDiagActions::LoadDiagramEx(const QString& AName, const QString& ATabName) {
@@ -87,18 +91,37 @@ void TdmTableDiagActions::LoadDiagram(const QString& AName) {
     }
     CheckContainer();
     const QString name = AName.isEmpty() ? GetName() : AName;
-    TMemoryStream stream;
     TDataSet& ds = OpenDataStore();
     TField* field = ds.FindField(DataFieldName());
-    if (field && field->IsBlob()) {
-        GenKeyFieldsAndValues(name);
-        ReadDataToStream(field, &stream, KeyFields, KeyValues);
-        stream.SetPosition(0);
-        // The container reads the whole stream before it changes anything, so a blob that is
-        // not a diagram leaves the open one as it was.
-        DiagContr->LoadFromStream(stream);
-    }
+    if (field && field->IsBlob())
+        LoadRecord(name, field, false);
     FNeedSave = false;
+}
+
+void TdmTableDiagActions::LoadRecord(const QString& AName, TField* AField, bool AClearWhenEmpty) {
+    TMemoryStream stream;
+    GenKeyFieldsAndValues(AName);
+    ReadDataToStream(AField, &stream, KeyFields, KeyValues);
+    const QByteArray bytes(reinterpret_cast<const char*>(stream.Memory()),
+                           qsizetype(stream.Bytes().size()));
+    // The container reads the whole stream before it changes anything, so a blob that is not a
+    // diagram leaves the open one as it was.
+    LoadStoredBytes(bytes, AClearWhenEmpty);
+    RememberStored(KeyValues, ContentFingerprint(bytes));
+}
+
+TdmDiagActions::TStorageKind TdmTableDiagActions::TableStorage(TField* AField) {
+    TStorageKind kind;
+    kind.Place = [this](const QString& AName) { return KeyValuesFor(AName); };
+    kind.Store = [this, AField](const QString& AName, const QByteArray& Bytes,
+                                const QString& Expected) {
+        QVariantList values;
+        for (const QString& v : KeyValuesFor(AName).split(QLatin1Char('|')))
+            values.append(QVariant(v));
+        return AField->DataSet()->WriteBlobIfUnchanged(kKeyFields, values, AField, Bytes, Expected);
+    };
+    kind.Reload = [this, AField](const QString& AName) { LoadRecord(AName, AField, true); };
+    return kind;
 }
 
 void TdmTableDiagActions::SaveDiagram(const QString& AName) {
@@ -110,16 +133,21 @@ void TdmTableDiagActions::SaveDiagram(const QString& AName) {
         return;
     CheckContainer();
     const QString name = AName.isEmpty() ? GetName() : AName;
-    TMemoryStream stream;
     TDataSet& ds = OpenDataStore();
     TField* field = ds.FindField(DataFieldName());
     if (field && field->IsBlob()) {
-        DiagContr->SaveToStream(stream);
         GenKeyFieldsAndValues(name);
-        stream.SetPosition(0);
-        WriteDataFromStream(field, &stream, KeyFields, KeyValues);
+        if (GetConflictCheck()) {
+            SaveChecked(name, TableStorage(field));
+        } else {
+            const QByteArray bytes = DiagramBytes();
+            TMemoryStream stream(std::vector<uint8_t>(bytes.begin(), bytes.end()));
+            WriteDataFromStream(field, &stream, KeyFields, KeyValues);
+            RememberStored(KeyValues, ContentFingerprint(bytes));
+        }
     }
-    // Only reached when the record holds the new bytes: a failed save stays to be made.
+    // Only reached when the record holds the new bytes (or the conflict was answered): a failed
+    // save stays to be made.
     FNeedSave = false;
 }
 

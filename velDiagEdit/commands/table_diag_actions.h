@@ -16,6 +16,10 @@
 // it was, and a save that failed keeps the diagram marked as to be saved, so it can be made again.
 // A missing data column, or one that is not a blob, makes load and save do nothing.
 //
+// With the conflict check on (TdmDiagActions::SetConflictCheck) the compare of the record's
+// fingerprint and the write are one transaction (TDataSet::WriteBlobIfUnchanged); a record that
+// someone else deleted is a conflict too.
+//
 // The dataset is the host's and must outlive the module.
 
 #include "velDiagEdit/commands/diag_actions.h"
@@ -27,6 +31,7 @@
 namespace vde {
 
 class TDataSet;
+class TField;
 
 // The package-wide suffix of the data column; set by CreateDiagActionsList.
 VELDIAGEDIT_EXPORT void SetDataFieldSuffix(const QString& Suffix);
@@ -63,6 +68,12 @@ public:
     QString KeyValues;
 
 private:
+    // The key values of the record for AName (the tab name as GenKeyFieldsAndValues has it).
+    QString KeyValuesFor(const QString& AName);
+    // The table as a checked save sees it.
+    TStorageKind TableStorage(TField* AField);
+    // Reads the record for AName into the surface and remembers its fingerprint.
+    void LoadRecord(const QString& AName, TField* AField, bool AClearWhenEmpty);
     // The dataset opened; raises EDatabaseError when the module was given none.
     TDataSet& OpenDataStore();
     // Raises EInvalidOperation before any dataset call when there is no surface.

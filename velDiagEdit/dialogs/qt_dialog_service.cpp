@@ -211,6 +211,29 @@ TModalResult TQtDialogService::ErrorMessageDlg(const QString& Msg) {
     return MessageDlg(Msg, mtError, MsgDlgButtons({mbOK}), 0, mbOK);
 }
 
+TConflictChoice TQtDialogService::AskSaveConflict(const QString& Msg) {
+    QMessageBox box(DialogOwner());
+    box.setIcon(QMessageBox::Warning);
+    box.setWindowTitle(QStringLiteral("Changed by someone else"));
+    box.setText(Msg);
+    QPushButton* overwrite =
+        box.addButton(ConflictChoiceName(ccOverwrite), QMessageBox::DestructiveRole);
+    QPushButton* reload = box.addButton(ConflictChoiceName(ccReload), QMessageBox::ResetRole);
+    QPushButton* copy = box.addButton(ConflictChoiceName(ccSaveAsCopy), QMessageBox::AcceptRole);
+    QPushButton* cancel = box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(copy);
+    box.setEscapeButton(cancel);
+    box.exec();
+    const QAbstractButton* clicked = box.clickedButton();
+    if (clicked == overwrite)
+        return ccOverwrite;
+    if (clicked == reload)
+        return ccReload;
+    if (clicked == copy)
+        return ccSaveAsCopy;
+    return ccCancel;
+}
+
 bool TQtDialogService::QueryMessageDlg(const QString& Msg, const QString& ACaption) {
     return RunMessageBox(ACaption, Msg, QMessageBox::NoIcon, mbYesNo, mbNo, mbNo) == mrYes;
 }

@@ -33,6 +33,8 @@ public:
     bool QueryMessageDlg(const QString& Msg, const QString& ACaption) override;
     bool ExecuteOpenDialog(TFileDialog& Dialog) override;
     bool ExecuteSaveDialog(TFileDialog& Dialog) override;
+    // A warning box with the buttons Overwrite, Reload, Save as copy and Cancel.
+    TConflictChoice AskSaveConflict(const QString& Msg) override;
 };
 
 // The one Qt service, which the registry falls back on.

@@ -11,7 +11,7 @@ QString DialogKindName(TDialogKind k) {
     static const char* const names[] = {"EditSegmentParams", "EditSizeValue",   "SelectItem",
                                         "InputQuery",        "InputBox",        "ShowMessage",
                                         "MessageDlg",        "ErrorMessageDlg", "QueryMessageDlg",
-                                        "OpenDialog",        "SaveDialog"};
+                                        "OpenDialog",        "SaveDialog",      "SaveConflict"};
     return size_t(k) < std::size(names) ? QString::fromLatin1(names[k]) : QString::number(int(k));
 }
 
@@ -102,6 +102,14 @@ TDialogAnswer TDialogAnswer::Save(const QString& FileName) {
     return a;
 }
 
+TDialogAnswer TDialogAnswer::Conflict(TConflictChoice Choice) {
+    TDialogAnswer a;
+    a.Kind = dkSaveConflict;
+    a.Choice = Choice;
+    a.Confirmed = Choice != ccCancel;
+    return a;
+}
+
 TDialogAnswer TDialogAnswer::Cancel(TDialogKind Kind) {
     TDialogAnswer a;
     a.Kind = Kind;
@@ -152,6 +160,8 @@ QString TDialogRequest::Describe() const {
             .arg(HelpCtx);
     case dkQueryMessageDlg:
         return QStringLiteral("%1 %2 %3").arg(kind, Quoted(Text), Quoted(Caption));
+    case dkSaveConflict:
+        return QStringLiteral("%1 %2").arg(kind, Quoted(Text));
     case dkOpenDialog:
     case dkSaveDialog:
         return QStringLiteral("%1 %2 Dir=%3 Ext=%4 Filter=%5")
@@ -344,6 +354,14 @@ bool TScriptedDialogService::ExecuteOpenDialog(TFileDialog& Dialog) {
 
 bool TScriptedDialogService::ExecuteSaveDialog(TFileDialog& Dialog) {
     return ExecuteFileDialog(dkSaveDialog, Dialog);
+}
+
+TConflictChoice TScriptedDialogService::AskSaveConflict(const QString& Msg) {
+    TDialogRequest r;
+    r.Kind = dkSaveConflict;
+    r.Text = Msg;
+    const TDialogAnswer a = Take(r);
+    return a.Confirmed ? a.Choice : ccCancel;
 }
 
 } // namespace vde

@@ -26,7 +26,8 @@ enum TDialogKind : uint8_t {
     dkErrorMessageDlg,
     dkQueryMessageDlg,
     dkOpenDialog,
-    dkSaveDialog
+    dkSaveDialog,
+    dkSaveConflict
 };
 VELDIAGEDIT_EXPORT QString DialogKindName(TDialogKind k); // "EditSegmentParams", "InputQuery", ...
 
@@ -39,6 +40,7 @@ struct VELDIAGEDIT_EXPORT TDialogAnswer {
     int32_t Angle = 0;            // EditSegmentParams: the angle typed
     int Index = -1;               // SelectItem: the item picked
     TModalResult Result = mrNone; // MessageDlg, ErrorMessageDlg: the button pressed
+    TConflictChoice Choice = ccCancel; // SaveConflict: the answer
 
     static TDialogAnswer Segment(int32_t Size, int32_t Angle);
     static TDialogAnswer SizeValue(int32_t Size);
@@ -51,6 +53,7 @@ struct VELDIAGEDIT_EXPORT TDialogAnswer {
     static TDialogAnswer Question(bool Yes);
     static TDialogAnswer Open(const QString& FileName);
     static TDialogAnswer Save(const QString& FileName);
+    static TDialogAnswer Conflict(TConflictChoice Choice);
     // Cancel pressed (or the window closed) at a prompt of this kind.
     static TDialogAnswer Cancel(TDialogKind Kind);
 };
@@ -114,6 +117,7 @@ public:
     bool QueryMessageDlg(const QString& Msg, const QString& ACaption) override;
     bool ExecuteOpenDialog(TFileDialog& Dialog) override;
     bool ExecuteSaveDialog(TFileDialog& Dialog) override;
+    TConflictChoice AskSaveConflict(const QString& Msg) override;
 
 private:
     TDialogAnswer Take(const TDialogRequest& request);

@@ -1,6 +1,7 @@
 #include "velDiagEdit/package/diag_package.h"
 
 #include "velDiagEdit/commands/table_diag_actions.h"
+#include "velDiagEdit/package/diag_storage_events.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -14,6 +15,7 @@ struct TPackageState {
     std::unique_ptr<TDiagActionsList> DiagActionsList;
     // Watched, so that a module freed with its list reads as none.
     QPointer<TdmDiagActions> CurrentDiagActions;
+    bool ConflictCheck = false;
 
     ~TPackageState() {
         // A host that did not free the list: at program exit its widgets may be gone with the
@@ -66,6 +68,11 @@ void CreateDiagActionsList(QObject* AOwner, TDataSet* ADataStore, const QString&
     if (State().DiagActionsList)
         return;
     State().DiagActionsList = std::make_unique<TDiagActionsList>(AOwner, ADataStore, AModuleName);
+    State().DiagActionsList->SetConflictCheck(State().ConflictCheck);
+    State().DiagActionsList->SetOnConflictResolved(
+        [](TdmDiagActions* Module, TConflictChoice Choice, const QString& CopyName) {
+            emit DiagStorageEvents()->ConflictResolved(Module->GetName(), int(Choice), CopyName);
+        });
     // Kept beside the table storage, which names its data column by it.
     SetDataFieldSuffix(AFieldSuffix);
 }
@@ -146,6 +153,21 @@ void LoadDiagramFromFile() {
 QWidget* GetCurrentNodeControl() {
     TdmDiagActions* m = State().CurrentDiagActions.data();
     return m ? m->GetCurrentNodeControl() : nullptr;
+}
+
+void SetConflictCheck(bool AEnable) {
+    State().ConflictCheck = AEnable;
+    if (TDiagActionsList* list = State().DiagActionsList.get())
+        list->SetConflictCheck(AEnable);
+}
+
+bool GetConflictCheck() {
+    return State().ConflictCheck;
+}
+
+TDiagStorageEvents* DiagStorageEvents() {
+    static TDiagStorageEvents events;
+    return &events;
 }
 
 TDiagActionsList* GetDiagActionsList() {

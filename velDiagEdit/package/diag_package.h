@@ -74,6 +74,14 @@ VELDIAGEDIT_EXPORT void RedoDiagram();
 VELDIAGEDIT_EXPORT bool CanUndoDiagram();
 VELDIAGEDIT_EXPORT bool CanRedoDiagram();
 
+// Several users of one stored diagram. On, every diagram of the list (and of lists made later)
+// is saved only over the version it loaded or saved last; when someone else saved in between,
+// the user is asked (Overwrite / Reload / Save as copy) through the dialog service, and without
+// one the save raises EDiagramConflict. See TdmDiagActions::SetConflictCheck. Off (the default):
+// the last save wins. DiagStorageEvents() (package/diag_storage_events.h) reports the answers.
+VELDIAGEDIT_EXPORT void SetConflictCheck(bool AEnable);
+VELDIAGEDIT_EXPORT bool GetConflictCheck();
+
 // The state the functions above share.
 VELDIAGEDIT_EXPORT TDiagActionsList* GetDiagActionsList();
 // The module of the last create-and-load call; none once it is freed.

@@ -17,6 +17,7 @@
 #include <QtEndian>
 #include <cstring>
 #include <exception>
+#include <libpq-fe.h>
 #include <limits>
 
 Q_LOGGING_CATEGORY(lcSql, "veldiagedit.sql", QtWarningMsg)
@@ -51,6 +52,94 @@ int32_t CheckedSize(qsizetype n, const QString& field) {
 QString DriverReason(const QSqlError& e) {
     QString s = e.text().trimmed();
     return s.isEmpty() ? QStringLiteral("unknown database error") : s;
+}
+
+// The libpq connection under a Qt PostgreSQL connection, or none.
+PGconn* PgConnection(const QSqlDatabase& db) {
+    if (db.driver()->dbmsType() != QSqlDriver::PostgreSQL)
+        return nullptr;
+    const QVariant h = db.driver()->handle();
+    // Qt registers the handle under the name of the struct behind libpq's typedef.
+    if (!h.isValid() ||
+        (qstrcmp(h.typeName(), "PGconn*") != 0 && qstrcmp(h.typeName(), "pg_conn*") != 0))
+        return nullptr;
+    return *static_cast<PGconn* const*>(h.constData());
+}
+
+// The statement's "?" marks as libpq's $1, $2, ...; marks inside quoted names or strings stay.
+QByteArray NumberedMarks(const QString& sql) {
+    QString out;
+    out.reserve(sql.size() + 16);
+    QChar quote;
+    int n = 0;
+    for (const QChar c : sql) {
+        if (!quote.isNull()) {
+            if (c == quote)
+                quote = QChar();
+            out += c;
+        } else if (c == u'"' || c == u'\'') {
+            quote = c;
+            out += c;
+        } else if (c == u'?') {
+            out += QLatin1Char('$') + QString::number(++n);
+        } else {
+            out += c;
+        }
+    }
+    return out.toUtf8();
+}
+
+// Values libpq takes as they are: blobs in binary form, text and numbers as text.
+bool PlainValue(const QVariant& v) {
+    switch (v.metaType().id()) {
+    case QMetaType::UnknownType:
+    case QMetaType::QByteArray:
+    case QMetaType::QString:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+        return true;
+    default:
+        return false;
+    }
+}
+
+struct TPgResultFree {
+    void operator()(PGresult* r) const { PQclear(r); }
+};
+using TPgResult = std::unique_ptr<PGresult, TPgResultFree>;
+
+// Runs a statement through libpq; null with the reason in `error` when it failed. A connection
+// that broke is closed, so that the next call opens it again as after any other failure.
+TPgResult PgExec(QSqlDatabase& db, PGconn* conn, const QString& sql,
+                 const std::vector<QVariant>& values, bool binaryResult, QString& error) {
+    std::vector<QByteArray> storage(values.size());
+    std::vector<const char*> data(values.size(), nullptr);
+    std::vector<int> lengths(values.size(), 0), formats(values.size(), 0);
+    for (size_t i = 0; i < values.size(); ++i) {
+        const QVariant& v = values[i];
+        if (v.isNull())
+            continue;
+        if (v.metaType().id() == QMetaType::QByteArray) {
+            storage[i] = v.toByteArray();
+            formats[i] = 1;
+        } else {
+            storage[i] = v.toString().toUtf8();
+        }
+        data[i] = storage[i].constData();
+        lengths[i] = int(storage[i].size());
+    }
+    const QByteArray text = NumberedMarks(sql);
+    TPgResult r(PQexecParams(conn, text.constData(), int(values.size()), nullptr, data.data(),
+                             lengths.data(), formats.data(), binaryResult ? 1 : 0));
+    const ExecStatusType status = r ? PQresultStatus(r.get()) : PGRES_FATAL_ERROR;
+    if (status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK)
+        return r;
+    error = QString::fromUtf8(r ? PQresultErrorMessage(r.get()) : PQerrorMessage(conn));
+    if (PQstatus(conn) != CONNECTION_OK)
+        db.close();
+    return nullptr;
 }
 
 } // namespace
@@ -442,7 +531,9 @@ const QVariant& TDataSet::CurrentValue(int index) const {
     const auto i = size_t(index);
     if (!FHasRecord)
         return null;
-    if (!FLoaded[i]) {
+    if (!FLoaded[i] && FIsBlob[i] && ReadPgBlob(index, FCurrent[i])) {
+        FLoaded[i] = true;
+    } else if (!FLoaded[i]) {
         QSqlQuery q(Connection());
         q.prepare(QStringLiteral("SELECT %1 FROM %2 WHERE %3")
                       .arg(QuoteField(index), FQuotedTable, KeyCondition()));
@@ -458,6 +549,86 @@ const QVariant& TDataSet::CurrentValue(int index) const {
         FLoaded[i] = true;
     }
     return FCurrent[i];
+}
+
+bool TDataSet::ReadPgBlob(int index, QVariant& value) const {
+    QSqlDatabase db = Connection();
+    PGconn* conn = PgConnection(db);
+    if (!conn)
+        return false;
+    const QString what =
+        QStringLiteral("cannot read column \"%1\"").arg(FFields[size_t(index)]->FieldName());
+    QString error;
+    const TPgResult r = PgExec(db, conn,
+                               QStringLiteral("SELECT %1 FROM %2 WHERE %3")
+                                   .arg(QuoteField(index), FQuotedTable, KeyCondition()),
+                               FKey, true, error);
+    if (!r)
+        Fail(what, error);
+    if (PQntuples(r.get()) < 1)
+        Fail(what, QStringLiteral("the current record no longer exists"));
+    value = PQgetisnull(r.get(), 0, 0)
+                ? QVariant(QMetaType::fromType<QByteArray>())
+                : QVariant(QByteArray(PQgetvalue(r.get(), 0, 0), PQgetlength(r.get(), 0, 0)));
+    return true;
+}
+
+std::vector<QMetaType> TDataSet::KeyTypes() const {
+    std::vector<QMetaType> types;
+    for (int k : FKeyColumns)
+        types.push_back(FFields[size_t(k)]->DataType());
+    return types;
+}
+
+TDataSet::TWriteResult TDataSet::ExecWrite(QSqlDatabase& db, const QString& sql,
+                                           const std::vector<QVariant>& values,
+                                           const std::vector<QMetaType>& returnTypes,
+                                           const QString& what) const {
+    TWriteResult result;
+    bool blob = false, plain = true;
+    for (const QVariant& v : values) {
+        blob = blob || v.metaType().id() == QMetaType::QByteArray;
+        plain = plain && PlainValue(v);
+    }
+    if (PGconn* conn = blob && plain ? PgConnection(db) : nullptr) {
+        QString error;
+        const TPgResult r = PgExec(db, conn, sql, values, false, error);
+        if (!r)
+            Fail(what, error);
+        const char* affected = PQcmdTuples(r.get());
+        result.Affected = affected && *affected ? std::atoi(affected) : -1;
+        for (int row = 0; row < PQntuples(r.get()); ++row) {
+            std::vector<QVariant> out;
+            for (int c = 0; c < int(returnTypes.size()) && c < PQnfields(r.get()); ++c) {
+                if (PQgetisnull(r.get(), row, c)) {
+                    out.emplace_back(returnTypes[size_t(c)]);
+                    continue;
+                }
+                QVariant v(QString::fromUtf8(PQgetvalue(r.get(), row, c)));
+                v.convert(returnTypes[size_t(c)]);
+                out.push_back(v);
+            }
+            result.Rows.push_back(std::move(out));
+        }
+        return result;
+    }
+    QSqlQuery q(db);
+    q.setForwardOnly(true);
+    q.prepare(sql);
+    for (const QVariant& v : values)
+        q.addBindValue(v);
+    if (!q.exec())
+        Fail(what, DriverReason(q.lastError()));
+    result.Affected = q.numRowsAffected();
+    while (q.next()) {
+        std::vector<QVariant> out;
+        for (int c = 0; c < int(returnTypes.size()); ++c)
+            out.push_back(q.value(c));
+        result.Rows.push_back(std::move(out));
+    }
+    // A statement still open keeps SQLite from committing.
+    q.finish();
+    return result;
 }
 
 const QVariant& TDataSet::BufferValue(int index) const {
@@ -514,41 +685,63 @@ TField& TDataSet::FieldByName(const QString& name) const {
     throw EDatabaseError(QStringLiteral("Table \"%1\" has no field \"%2\"").arg(FTableName, name));
 }
 
-bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
-    CheckActive("locate");
-    CheckBrowseMode();
+void TDataSet::CheckText(const QVariant& value, const char* what) const {
+    if (value.metaType().id() != QMetaType::QString || !value.toString().contains(QChar(0)))
+        return;
+    if (Connection().driver()->dbmsType() == QSqlDriver::PostgreSQL)
+        Fail(QStringLiteral("cannot ") + QLatin1String(what),
+             QStringLiteral("a text value holds the NUL character, which PostgreSQL text "
+                            "cannot hold"));
+}
+
+TDataSet::TKeyMatch TDataSet::MatchKeys(const QString& keyFields, const QVariantList& keyValues,
+                                        const char* what) const {
+    TKeyMatch m;
     const QStringList names = keyFields.split(QLatin1Char(';'));
-    std::vector<int> cols;
     for (const QString& n : names)
-        cols.push_back(FieldByName(n).FIndex);
-    if (keyValues.size() < qsizetype(cols.size()))
-        throw EDatabaseError(QStringLiteral("Table \"%1\": locate on %2 fields with %3 values")
-                                 .arg(FTableName)
-                                 .arg(cols.size())
+        m.Columns.push_back(FieldByName(n).FIndex);
+    if (keyValues.size() < qsizetype(m.Columns.size()))
+        throw EDatabaseError(QStringLiteral("Table \"%1\": %2 on %3 fields with %4 values")
+                                 .arg(FTableName, QLatin1String(what))
+                                 .arg(m.Columns.size())
                                  .arg(keyValues.size()));
-    std::vector<QString> wanted;
     QStringList conds;
-    for (size_t i = 0; i < cols.size(); ++i) {
-        wanted.push_back(keyValues[qsizetype(i)].toString());
-        const QString q = QuoteField(cols[i]);
+    for (size_t i = 0; i < m.Columns.size(); ++i) {
+        m.Wanted.push_back(keyValues[qsizetype(i)].toString());
+        CheckText(QVariant(m.Wanted.back()), what);
+        const QString q = QuoteField(m.Columns[i]);
         // A text column is compared as it is (its indexes stay usable); anything else as text.
-        conds << (IsTextType(FFields[size_t(cols[i])]->DataType())
+        conds << (IsTextType(FFields[size_t(m.Columns[i])]->DataType())
                       ? q + QStringLiteral(" = ?")
                       : QStringLiteral("CAST(%1 AS TEXT) = ?").arg(q));
     }
+    m.Condition = conds.join(QStringLiteral(" AND "));
     QStringList select;
     for (int k : FKeyColumns)
         select << QuoteField(k);
-    for (int c : cols)
+    for (int c : m.Columns)
         select << (FIsBlob[size_t(c)] ? QStringLiteral("CAST(%1 AS TEXT)").arg(QuoteField(c))
                                       : QuoteField(c));
+    m.SelectKeys = select.join(QStringLiteral(", "));
+    return m;
+}
+
+QString TDataSet::OrderByKey() const {
+    QStringList keyCols;
+    for (int k : FKeyColumns)
+        keyCols << QuoteField(k);
+    return keyCols.join(QStringLiteral(", "));
+}
+
+bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
+    CheckActive("locate");
+    CheckBrowseMode();
+    const TKeyMatch m = MatchKeys(keyFields, keyValues, "locate");
     QSqlQuery q(Connection());
     q.setForwardOnly(true);
     q.prepare(QStringLiteral("SELECT %1 FROM %2 WHERE %3 ORDER BY %4")
-                  .arg(select.join(QStringLiteral(", ")), FQuotedTable,
-                       conds.join(QStringLiteral(" AND ")),
-                       select.mid(0, qsizetype(FKeyColumns.size())).join(QStringLiteral(", "))));
-    for (const QString& w : wanted)
+                  .arg(m.SelectKeys, FQuotedTable, m.Condition, OrderByKey()));
+    for (const QString& w : m.Wanted)
         q.addBindValue(NonNullEmpty(QVariant(w)));
     if (!q.exec())
         Fail(QStringLiteral("cannot locate a record"), DriverReason(q.lastError()));
@@ -557,8 +750,8 @@ bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
     const int nk = int(FKeyColumns.size());
     while (q.next()) {
         bool same = true;
-        for (size_t i = 0; same && i < cols.size(); ++i)
-            same = q.value(nk + int(i)).toString() == wanted[i];
+        for (size_t i = 0; same && i < m.Columns.size(); ++i)
+            same = q.value(nk + int(i)).toString() == m.Wanted[i];
         if (!same)
             continue;
         std::vector<QVariant> key;
@@ -568,6 +761,129 @@ bool TDataSet::Locate(const QString& keyFields, const QVariantList& keyValues) {
         return ReadRecord(key);
     }
     return false;
+}
+
+TConditionalWrite TDataSet::WriteBlobIfUnchanged(const QString& keyFields,
+                                                 const QVariantList& keyValues, TField* field,
+                                                 const QByteArray& bytes, const QString& expected) {
+    CheckActive("write a blob");
+    CheckBrowseMode();
+    if (!field || field->FDataSet != this || !field->IsBlob())
+        Fail(QStringLiteral("cannot write a blob"),
+             QStringLiteral("the field is not a blob field of this dataset"));
+    const int blob = field->FIndex;
+    const TKeyMatch m = MatchKeys(keyFields, keyValues, "write a blob");
+    QSqlDatabase db = Connection();
+    const QSqlDriver::DbmsType dbms = db.driver()->dbmsType();
+    const bool sqlite = dbms == QSqlDriver::SQLite;
+    const bool postgres = dbms == QSqlDriver::PostgreSQL;
+    const bool tx = db.driver()->hasFeature(QSqlDriver::Transactions);
+    // SQLite's plain BEGIN takes the write lock only at the first write, after the compare; an
+    // immediate one takes it at once, so a second writer waits before it reads.
+    const auto run = [&](const QString& sql, const char* what) {
+        QSqlQuery t(db);
+        if (!t.exec(sql))
+            Fail(QString::fromLatin1(what), DriverReason(t.lastError()));
+    };
+    if (sqlite)
+        run(QStringLiteral("BEGIN IMMEDIATE"), "cannot start a transaction");
+    else if (tx && !db.transaction())
+        Fail(QStringLiteral("cannot start a transaction"), DriverReason(db.lastError()));
+    const bool inTransaction = sqlite || tx;
+    TConditionalWrite result;
+    std::vector<QVariant> key;
+    try {
+        {
+            // PostgreSQL works the fingerprint out itself, so that the old blob never travels.
+            const QString quotedBlob = QuoteField(blob);
+            const QString print =
+                postgres ? QStringLiteral("CASE WHEN %1 IS NULL OR octet_length(%1) = 0 THEN '' "
+                                          "ELSE encode(sha256(%1), 'hex') END")
+                               .arg(quotedBlob)
+                         : quotedBlob;
+            QSqlQuery q(db);
+            q.setForwardOnly(true);
+            q.prepare(QStringLiteral("SELECT %1, %2 FROM %3 WHERE %4 ORDER BY %5%6")
+                          .arg(m.SelectKeys, print, FQuotedTable, m.Condition, OrderByKey(),
+                               postgres ? QStringLiteral(" FOR UPDATE") : QString()));
+            for (const QString& w : m.Wanted)
+                q.addBindValue(NonNullEmpty(QVariant(w)));
+            if (!q.exec())
+                Fail(QStringLiteral("cannot read the stored blob"), DriverReason(q.lastError()));
+            const int nk = int(FKeyColumns.size());
+            const int at = nk + int(m.Columns.size());
+            while (q.next()) {
+                bool same = true;
+                for (size_t i = 0; same && i < m.Columns.size(); ++i)
+                    same = q.value(nk + int(i)).toString() == m.Wanted[i];
+                if (!same)
+                    continue;
+                for (int i = 0; i < nk; ++i)
+                    key.push_back(q.value(i));
+                result.Found = postgres ? q.value(at).toString()
+                                        : ContentFingerprint(q.value(at).toByteArray());
+                break;
+            }
+        }
+        if (result.Found == expected) {
+            if (!key.empty()) {
+                std::vector<QVariant> values{NonNullEmpty(QVariant(bytes))};
+                values.insert(values.end(), key.begin(), key.end());
+                const TWriteResult w =
+                    ExecWrite(db,
+                              QStringLiteral("UPDATE %1 SET %2 = ? WHERE %3")
+                                  .arg(FQuotedTable, QuoteField(blob), KeyCondition()),
+                              values, {}, QStringLiteral("cannot write the blob"));
+                if (w.Affected != 1)
+                    Fail(QStringLiteral("cannot write the blob"),
+                         QStringLiteral("the record no longer exists"));
+            } else {
+                QStringList cols, marks;
+                std::vector<QVariant> values;
+                for (size_t i = 0; i < m.Columns.size(); ++i) {
+                    cols << QuoteField(m.Columns[i]);
+                    marks << QStringLiteral("?");
+                    values.push_back(NonNullEmpty(QVariant(m.Wanted[i])));
+                }
+                cols << QuoteField(blob);
+                marks << QStringLiteral("?");
+                values.push_back(NonNullEmpty(QVariant(bytes)));
+                const TWriteResult w =
+                    ExecWrite(db,
+                              QStringLiteral("INSERT INTO %1 (%2) VALUES (%3) RETURNING %4")
+                                  .arg(FQuotedTable, cols.join(QStringLiteral(", ")),
+                                       marks.join(QStringLiteral(", ")), OrderByKey()),
+                              values, KeyTypes(), QStringLiteral("cannot append a record"));
+                if (w.Rows.empty())
+                    Fail(QStringLiteral("cannot append a record"),
+                         QStringLiteral("the server did not return the new record's key"));
+                key = w.Rows.front();
+            }
+            result.Written = true;
+        }
+        if (sqlite)
+            run(result.Written ? QStringLiteral("COMMIT") : QStringLiteral("ROLLBACK"),
+                "cannot commit");
+        else if (tx && result.Written && !db.commit())
+            Fail(QStringLiteral("cannot commit"), DriverReason(db.lastError()));
+        else if (tx && !result.Written)
+            db.rollback();
+    } catch (...) {
+        if (inTransaction && db.isOpen()) {
+            if (sqlite) {
+                QSqlQuery r(db);
+                r.exec(QStringLiteral("ROLLBACK"));
+            } else {
+                db.rollback();
+            }
+        }
+        throw;
+    }
+    if (!key.empty() && ReadRecord(key) && result.Written) {
+        FCurrent[size_t(blob)] = NonNullEmpty(QVariant(bytes));
+        FLoaded[size_t(blob)] = true;
+    }
+    return result;
 }
 
 void TDataSet::Append() {
@@ -614,6 +930,8 @@ void TDataSet::Post() {
         LeaveEditing();
         return;
     }
+    for (int i : set)
+        CheckText(FBuffer[size_t(i)], "post");
     QSqlDatabase db = Connection();
     const bool tx = db.driver()->hasFeature(QSqlDriver::Transactions);
     // Kept to put back when the transaction is rolled back.
@@ -622,62 +940,53 @@ void TDataSet::Post() {
     const std::vector<bool> oldLoaded = FLoaded;
     if (tx && !db.transaction())
         Fail(QStringLiteral("cannot start a transaction"), DriverReason(db.lastError()));
-    // Declared outside the try so that the statement is freed after the rollback, not inside an
-    // aborted transaction.
-    QSqlQuery q(db);
     try {
         std::vector<QVariant> key;
+        const QString what = QStringLiteral("cannot post");
         if (FState == dsEdit) {
             QStringList assigns;
-            for (int i : set)
+            std::vector<QVariant> values;
+            for (int i : set) {
                 assigns << QuoteField(i) + QStringLiteral(" = ?");
-            q.prepare(QStringLiteral("UPDATE %1 SET %2 WHERE %3")
-                          .arg(FQuotedTable, assigns.join(QStringLiteral(", ")), KeyCondition()));
-            for (int i : set)
-                q.addBindValue(FBuffer[size_t(i)]);
+                values.push_back(FBuffer[size_t(i)]);
+            }
             for (const QVariant& v : FKey)
-                q.addBindValue(v);
-            if (!q.exec())
-                Fail(QStringLiteral("cannot post"), DriverReason(q.lastError()));
-            if (q.numRowsAffected() != 1)
-                Fail(QStringLiteral("cannot post"),
-                     QStringLiteral("the record being edited no longer exists"));
+                values.push_back(v);
+            const TWriteResult w = ExecWrite(
+                db,
+                QStringLiteral("UPDATE %1 SET %2 WHERE %3")
+                    .arg(FQuotedTable, assigns.join(QStringLiteral(", ")), KeyCondition()),
+                values, {}, what);
+            if (w.Affected != 1)
+                Fail(what, QStringLiteral("the record being edited no longer exists"));
             key = FKey;
             // Primary key columns may have been assigned too.
             for (size_t k = 0; k < FKeyColumns.size(); ++k)
                 if (FAssigned[size_t(FKeyColumns[k])])
                     key[k] = FBuffer[size_t(FKeyColumns[k])];
         } else {
-            QStringList keyCols;
-            for (int k : FKeyColumns)
-                keyCols << QuoteField(k);
-            const QString returning =
-                QStringLiteral(" RETURNING ") + keyCols.join(QStringLiteral(", "));
+            const QString returning = QStringLiteral(" RETURNING ") + OrderByKey();
+            QString sql;
+            std::vector<QVariant> values;
             if (set.empty()) {
-                q.prepare(QStringLiteral("INSERT INTO %1 DEFAULT VALUES").arg(FQuotedTable) +
-                          returning);
+                sql = QStringLiteral("INSERT INTO %1 DEFAULT VALUES").arg(FQuotedTable) + returning;
             } else {
                 QStringList cols, marks;
                 for (int i : set) {
                     cols << QuoteField(i);
                     marks << QStringLiteral("?");
+                    values.push_back(FBuffer[size_t(i)]);
                 }
-                q.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
-                              .arg(FQuotedTable, cols.join(QStringLiteral(", ")),
-                                   marks.join(QStringLiteral(", "))) +
-                          returning);
-                for (int i : set)
-                    q.addBindValue(FBuffer[size_t(i)]);
+                sql = QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
+                          .arg(FQuotedTable, cols.join(QStringLiteral(", ")),
+                               marks.join(QStringLiteral(", "))) +
+                      returning;
             }
-            if (!q.exec())
-                Fail(QStringLiteral("cannot post"), DriverReason(q.lastError()));
-            if (!q.next())
-                Fail(QStringLiteral("cannot post"),
-                     QStringLiteral("the server did not return the new record's key"));
-            for (int i = 0; i < int(FKeyColumns.size()); ++i)
-                key.push_back(q.value(i));
+            const TWriteResult w = ExecWrite(db, sql, values, KeyTypes(), what);
+            if (w.Rows.empty())
+                Fail(what, QStringLiteral("the server did not return the new record's key"));
+            key = w.Rows.front();
         }
-        q.finish();
         // The written values stand for the current record; the rest (defaults, other columns) is
         // read back.
         std::vector<QVariant> written(FFields.size());

@@ -12,6 +12,7 @@
 //
 // Blob columns (binary types: BLOB, BYTEA) are read lazily, when their value is first wanted.
 
+#include "velDiagEdit/platform/stored_bytes.h"
 #include "velDiagEdit/platform/streams.h"
 #include "velDiagEdit/velDiagEdit_export.h"
 
@@ -111,6 +112,18 @@ public:
         FieldByName(name).SetValue(value);
     }
 
+    // Writes `bytes` into the blob `field` of the record whose key fields hold the values (found as
+    // Locate finds it; appended with those values when there is none), but only when that
+    // record's blob still has the fingerprint `expected` (platform/stored_bytes.h: the empty one
+    // for no record, or a null or empty blob). The compare and the write are one transaction that
+    // keeps every other such write of the record out until it ends (PostgreSQL: SELECT ... FOR
+    // UPDATE; SQLite: BEGIN IMMEDIATE), so two of them racing cannot both pass. When they differ
+    // nothing is written. Afterwards the record is the current one, if there is one. A pending
+    // edit is posted first.
+    TConditionalWrite WriteBlobIfUnchanged(const QString& keyFields, const QVariantList& keyValues,
+                                           TField* field, const QByteArray& bytes,
+                                           const QString& expected);
+
     // Read: a stream over the blob's bytes. Write (edit or insert state only): the blob is emptied
     // at once and takes what was written to the stream when the stream is freed.
     std::unique_ptr<TStream> CreateBlobStream(TField* field, TBlobStreamMode mode);
@@ -126,6 +139,38 @@ private:
     [[noreturn]] void Fail(const QString& what, const QString& reason) const;
     QString QuoteField(int index) const;
     QString KeyCondition() const;
+    // The primary key columns, quoted and separated by commas.
+    QString OrderByKey() const;
+    // The columns of ";"-separated key field names, the values wanted (as text) and the WHERE
+    // condition that narrows the search to them on the server.
+    struct TKeyMatch {
+        std::vector<int> Columns;
+        std::vector<QString> Wanted;
+        QString Condition;
+        QString SelectKeys; // the primary key columns, then the key fields as text
+    };
+    TKeyMatch MatchKeys(const QString& keyFields, const QVariantList& keyValues,
+                        const char* what) const;
+    // PostgreSQL's driver writes text values into its statements, where a NUL would cut them
+    // short (and its text cannot hold one anyway): refused here, with a clear reason. `what`
+    // is the verb ("locate").
+    void CheckText(const QVariant& value, const char* what) const;
+    // Runs one statement that writes, its "?" marks bound to `values` in order: the rows it
+    // returns (RETURNING), each value made of the type given, and the rows it changed. On
+    // PostgreSQL a statement that carries a blob goes through libpq with the blob in binary form
+    // (Qt's driver would send it as escaped text, twice its size, for the server to parse back).
+    struct TWriteResult {
+        int Affected = -1;
+        std::vector<std::vector<QVariant>> Rows;
+    };
+    TWriteResult ExecWrite(QSqlDatabase& db, const QString& sql,
+                           const std::vector<QVariant>& values,
+                           const std::vector<QMetaType>& returnTypes, const QString& what) const;
+    // The blob column `index` of the current record read from PostgreSQL in binary form; false
+    // when this connection is not one libpq can be asked through.
+    bool ReadPgBlob(int index, QVariant& value) const;
+    // The types of the primary key columns.
+    std::vector<QMetaType> KeyTypes() const;
     bool ReadRecord(const std::vector<QVariant>& key);
     const QVariant& CurrentValue(int index) const;
     const QVariant& BufferValue(int index) const;

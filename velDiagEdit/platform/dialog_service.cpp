@@ -74,6 +74,20 @@ QString MsgDlgButtonName(TMsgDlgBtn b) {
     return size_t(b) < std::size(names) ? QString::fromLatin1(names[b]) : QString::number(int(b));
 }
 
+QString ConflictChoiceName(TConflictChoice c) {
+    switch (c) {
+    case ccCancel:
+        return QStringLiteral("Cancel");
+    case ccOverwrite:
+        return QStringLiteral("Overwrite");
+    case ccReload:
+        return QStringLiteral("Reload");
+    case ccSaveAsCopy:
+        return QStringLiteral("Save as copy");
+    }
+    return QString::number(int(c));
+}
+
 bool TOpenDialog::Execute() {
     return DialogService().ExecuteOpenDialog(*this);
 }
@@ -95,6 +109,14 @@ IDialogService& DialogService() {
     if (!g_default)
         throw EInvalidOperation(QStringLiteral("No dialog service is installed"));
     return *g_default;
+}
+
+bool HasDialogService() {
+    return g_service || g_default;
+}
+
+IDialogService* DefaultDialogService() {
+    return g_default;
 }
 
 void SetDialogService(IDialogService* service) {
@@ -128,6 +150,21 @@ bool IDialogService::EditSizeValue(int32_t& Size, int32_t AMin, int32_t AMax, in
         return false;
     Size = rec.Size;
     return true;
+}
+
+TConflictChoice IDialogService::AskSaveConflict(const QString& Msg) {
+    const QStringList items = {ConflictChoiceName(ccOverwrite), ConflictChoiceName(ccReload),
+                               ConflictChoiceName(ccSaveAsCopy)};
+    switch (SelectItemFromArray(Msg, items, 2)) {
+    case 0:
+        return ccOverwrite;
+    case 1:
+        return ccReload;
+    case 2:
+        return ccSaveAsCopy;
+    default:
+        return ccCancel;
+    }
 }
 
 TModalResult IDialogService::MessageDlg(const QString& Msg, TMsgDlgType DlgType,

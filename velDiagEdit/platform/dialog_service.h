@@ -99,6 +99,15 @@ public:
     bool Execute();
 };
 
+// The answers to "someone else saved this diagram since you loaded it".
+enum TConflictChoice : uint8_t {
+    ccCancel,     // nothing is written; the save fails with EDiagramConflict
+    ccOverwrite,  // mine is stored, theirs is lost, knowingly
+    ccReload,     // mine is dropped, theirs is loaded
+    ccSaveAsCopy, // mine goes to a new record or file, theirs stays
+};
+VELDIAGEDIT_EXPORT QString ConflictChoiceName(TConflictChoice c); // "Cancel", "Overwrite", ...
+
 class VELDIAGEDIT_EXPORT IDialogService {
 public:
     // A service destroyed while in force (installed, or the default) is no longer used.
@@ -136,11 +145,20 @@ public:
     // True when confirmed, with Dialog.FileName the full path chosen.
     virtual bool ExecuteOpenDialog(TFileDialog& Dialog) = 0;
     virtual bool ExecuteSaveDialog(TFileDialog& Dialog) = 0;
+
+    // A save found the stored diagram changed by someone else: Msg says which and how. Here the
+    // three answers are offered through SelectItemFromArray (Overwrite, Reload, Save as copy;
+    // none picked is Cancel), so that every service can answer; a service may show its own.
+    virtual TConflictChoice AskSaveConflict(const QString& Msg);
 };
 
 // The service in force: the one installed, else the default (the real Qt dialogs, which put
 // themselves there when the library loads). EInvalidOperation when there is neither.
 VELDIAGEDIT_EXPORT IDialogService& DialogService();
+// True when DialogService() has a service to give (one installed, or the default).
+VELDIAGEDIT_EXPORT bool HasDialogService();
+// The service used while none is installed; nullptr when there is none.
+VELDIAGEDIT_EXPORT IDialogService* DefaultDialogService();
 // Installs `service` (not owned); nullptr goes back to the default.
 VELDIAGEDIT_EXPORT void SetDialogService(IDialogService* service);
 // The service used while none is installed (not owned).

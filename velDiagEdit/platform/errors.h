@@ -50,4 +50,23 @@ private:
     int64_t FOffset;
 };
 
+// A save refused because the stored diagram is no longer the one that was loaded: someone else
+// saved it (or deleted it) in between. Nothing was written. Record names the place (a file, or a
+// table record as its key values); the fingerprints are those of platform/stored_bytes.h, the
+// empty one meaning nothing stored there.
+class VELDIAGEDIT_EXPORT EDiagramConflict : public Exception {
+public:
+    EDiagramConflict(const QString& message, const QString& record, const QString& expected,
+                     const QString& stored)
+        : Exception(message), FRecord(record), FExpected(expected), FStored(stored) {}
+    const QString& Record() const { return FRecord; }
+    // What was loaded from (or last saved to) the record.
+    const QString& Expected() const { return FExpected; }
+    // What the record held when the save was refused.
+    const QString& Stored() const { return FStored; }
+
+private:
+    QString FRecord, FExpected, FStored;
+};
+
 } // namespace vde

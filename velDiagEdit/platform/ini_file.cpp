@@ -1,9 +1,9 @@
 #include "velDiagEdit/platform/ini_file.h"
 
 #include "velDiagEdit/platform/errors.h"
+#include "velDiagEdit/platform/stored_bytes.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 namespace vde {
 
@@ -25,6 +25,8 @@ QString TrimBlanks(QStringView s) {
 } // namespace
 
 TIniFile TIniFile::LoadFromFile(const QString& FileName) {
+    // What a writer killed in the middle of a save left beside the file goes first.
+    RemoveStaleSaves(FileName);
     QFile f(FileName);
     if (!f.exists())
         return {};
@@ -122,13 +124,7 @@ void TIniFile::SaveToFile(const QString& FileName) const {
 }
 
 void SaveBytesToFile(const QString& FileName, const QByteArray& Bytes) {
-    QSaveFile f(FileName);
-    if (!f.open(QIODevice::WriteOnly))
-        throw EFCreateError(
-            QStringLiteral("Cannot create file \"%1\": %2").arg(FileName, f.errorString()));
-    if (f.write(Bytes) != Bytes.size() || !f.commit())
-        throw EFCreateError(
-            QStringLiteral("Cannot write file \"%1\": %2").arg(FileName, f.errorString()));
+    ReplaceFileBytes(FileName, Bytes);
 }
 
 } // namespace vde

@@ -61,7 +61,7 @@ private:
     std::vector<TSection> FSections;
 };
 
-// Writes Bytes to FileName atomically (a temporary file renamed over the old one): a failed or
+// Writes Bytes to FileName atomically (ReplaceFileBytes, platform/stored_bytes.h): a failed or
 // interrupted write leaves the old file whole. EFCreateError names the path and the reason.
 VELDIAGEDIT_EXPORT void SaveBytesToFile(const QString& FileName, const QByteArray& Bytes);
 

@@ -91,7 +91,8 @@ enum TFileMode { fmCreate, fmOpenRead, fmOpenWrite, fmOpenReadWrite };
 
 class VELDIAGEDIT_EXPORT TFileStream : public TDeviceStream {
 public:
-    // Raises EFCreateError / EFOpenError with the file name and the system's reason.
+    // Raises EFCreateError / EFOpenError with the file name and the system's reason. A file
+    // opened for reading is read into memory at once and read from there.
     TFileStream(const QString& fileName, TFileMode mode);
     ~TFileStream() override;
 

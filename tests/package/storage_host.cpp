@@ -1,0 +1,243 @@
+// A host program for the storage tests that need real processes: it keeps one diagram, "Chart",
+// through the package functions, in files beside a program folder, in a text file, or in a
+// configuration table (SQLite or PostgreSQL).
+//
+//   vde_storage_host session --medium file|sqlite|postgresql (--dir DIR | --database URL)
+//                            [--check] [--answer none|overwrite|reload|copy]
+//     reads commands from standard input and answers each with one line:
+//       load      -> "loaded <fingerprint> <x>,<y>;<x>,<y>..." (the blocks' places)
+//       add X Y   -> "added <blocks>"           an AND gate at (X, Y), one undo step
+//       save      -> "saved <fingerprint>", after "resolved <answer> <copy>" for an answered
+//                    conflict; "conflict <remembered> <stored>" when the save raised it;
+//                    "error <message>"
+//       quit
+//     A fingerprint "-" is the empty one (nothing stored). --answer none (the default) leaves
+//     the process without a dialog service, so a conflict raises.
+//
+//   vde_storage_host churn --medium file|text|sqlite (--dir DIR | --database URL)
+//                          --versions DIR [--side N]
+//     builds a sheet of N x N gates (default 100: 10,000 blocks), writes the two stored forms it
+//     will alternate between to DIR/a and DIR/b, then saves them alternately until killed,
+//     printing "ready <ms>" (the first save's time) after the first save.
+
+#include "common/large_diagram.h"
+
+#include <velDiagEdit/velDiagEdit.h>
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+
+using namespace vde;
+
+namespace {
+
+const QString kName = QStringLiteral("Chart");
+
+void Say(const QString& line) {
+    std::fputs(line.toUtf8().constData(), stdout);
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+}
+
+QString Print(const QString& fingerprint) {
+    return fingerprint.isEmpty() ? QStringLiteral("-") : fingerprint;
+}
+
+// Answers every conflict the same way.
+class TFixedAnswer : public TScriptedDialogService {
+public:
+    explicit TFixedAnswer(TConflictChoice c) : FChoice(c) {}
+    TConflictChoice AskSaveConflict(const QString&) override { return FChoice; }
+
+private:
+    TConflictChoice FChoice;
+};
+
+bool WriteAll(const QString& name, const QByteArray& bytes) {
+    QFile f(name);
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
+}
+
+QByteArray ReadFile(const QString& name) {
+    QFile f(name);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+QByteArray StreamOf(TDiagContainer& dc) {
+    TMemoryStream s;
+    dc.SaveToStream(s);
+    return QByteArray(reinterpret_cast<const char*>(s.Memory()), qsizetype(s.Bytes().size()));
+}
+
+int Session(TdmDiagActions* m, QWidget& panel, TCanvas& canvas) {
+    TMenuItem andItem(nullptr);
+    andItem.Tag = doAndLogic;
+    QObject::connect(DiagStorageEvents(), &TDiagStorageEvents::ConflictResolved,
+                     [](const QString&, int choice, const QString& copy) {
+                         const char* names[] = {"Cancel", "Overwrite", "Reload", "SaveAsCopy"};
+                         Say(QStringLiteral("resolved %1 %2")
+                                 .arg(QLatin1String(names[choice & 3]),
+                                      copy.isEmpty() ? QStringLiteral("-") : copy));
+                     });
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        const QStringList words =
+            QString::fromStdString(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        if (words.isEmpty())
+            continue;
+        const QString& cmd = words[0];
+        try {
+            if (cmd == QLatin1String("load")) {
+                m = CreateAndLoadDiagActions(kName, &panel, &canvas, true);
+                QStringList places;
+                for (int i = 0; i < m->DiagContr->ObjList->Count(); ++i) {
+                    const QPoint p = m->DiagContr->ObjList->Items(i)->pos();
+                    places << QStringLiteral("%1,%2").arg(p.x()).arg(p.y());
+                }
+                Say(QStringLiteral("loaded %1 %2")
+                        .arg(Print(m->GetStoredFingerprint()), places.join(QLatin1Char(';'))));
+            } else if (cmd == QLatin1String("add") && words.size() == 3 && m) {
+                m->DiagContr->FClickPoint = {words[1].toInt(), words[2].toInt()};
+                m->DiagContr->CreateDiagObEvent(&andItem);
+                Say(QStringLiteral("added %1").arg(m->DiagContr->ObjList->Count()));
+            } else if (cmd == QLatin1String("save") && m) {
+                SaveDiagActionsDiagrams(QString());
+                Say(QStringLiteral("saved %1").arg(Print(m->GetStoredFingerprint())));
+            } else if (cmd == QLatin1String("quit")) {
+                return 0;
+            } else {
+                Say(QStringLiteral("error unknown command %1").arg(QString::fromStdString(line)));
+            }
+        } catch (const EDiagramConflict& e) {
+            Say(QStringLiteral("conflict %1 %2").arg(Print(e.Expected()), Print(e.Stored())));
+        } catch (const Exception& e) {
+            Say(QStringLiteral("error ") + e.Message());
+        }
+    }
+    return 0;
+}
+
+int Churn(TdmDiagActions* m, const QString& medium, const QString& dir, const QString& versions,
+          int side) {
+    TDiagContainer& dc = *m->DiagContr;
+    test::FillLargeDiagram(dc, side);
+    // The two versions differ in the place of one more block that has no wires (a block with
+    // wires would reroute them, differently each time it moves).
+    TDiagObject* first = dc.CreateObjByDiagType(doAndLogic, {10, -200, 70, -130});
+    const QRect a = first->geometry();
+    const QRect b = a.translated(7, 3);
+    const bool text = medium == QLatin1String("text");
+    const QString textFile = dir + QStringLiteral("/Chart.txt");
+    auto version = [&](int i) {
+        const QRect& r = i % 2 ? b : a;
+        first->SetBounds(r.x(), r.y(), r.width(), r.height());
+    };
+    for (int i = 0; i < 2; ++i) {
+        version(i);
+        const QString name = versions + (i ? QStringLiteral("/b") : QStringLiteral("/a"));
+        if (text)
+            dc.SaveDiagramToText(name);
+        else if (!WriteAll(name, StreamOf(dc)))
+            return 2;
+    }
+    auto save = [&] {
+        if (text) {
+            dc.SaveDiagramToText(textFile);
+        } else {
+            EnableDesignMode(true, false); // marks the diagram to be saved
+            SaveDiagActionsDiagrams(QString());
+        }
+    };
+    QElapsedTimer t;
+    t.start();
+    version(0);
+    save();
+    Say(QStringLiteral("ready %1").arg(t.elapsed()));
+    for (int i = 1;; ++i) {
+        version(i);
+        // Each version's bytes are the same every time, or the test could not tell.
+        if (i < 4 && !text &&
+            StreamOf(dc) !=
+                ReadFile(versions + (i % 2 ? QStringLiteral("/b") : QStringLiteral("/a")))) {
+            Say(QStringLiteral("error the versions change from save to save"));
+            return 3;
+        }
+        save();
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QCommandLineParser p;
+    const QCommandLineOption medium(QStringLiteral("medium"), QString(), QStringLiteral("M"));
+    const QCommandLineOption dirOpt(QStringLiteral("dir"), QString(), QStringLiteral("DIR"));
+    const QCommandLineOption database(QStringLiteral("database"), QString(), QStringLiteral("URL"));
+    const QCommandLineOption check(QStringLiteral("check"));
+    const QCommandLineOption answer(QStringLiteral("answer"), QString(), QStringLiteral("A"),
+                                    QStringLiteral("none"));
+    const QCommandLineOption versions(QStringLiteral("versions"), QString(), QStringLiteral("D"));
+    const QCommandLineOption side(QStringLiteral("side"), QString(), QStringLiteral("N"),
+                                  QStringLiteral("100"));
+    p.addOptions({medium, dirOpt, database, check, answer, versions, side});
+    p.addPositionalArgument(QStringLiteral("mode"), QString());
+    p.process(app);
+    const QString mode = p.positionalArguments().value(0);
+    const QString kind = p.value(medium);
+    try {
+        std::unique_ptr<TDataSet> data;
+        if (p.isSet(database)) {
+            const TDatabaseUrl url = ParseDatabaseUrl(p.value(database));
+            QSqlDatabase db = AddDatabase(url, QStringLiteral("host"));
+            if (!db.open()) {
+                Say(QStringLiteral("error cannot open the database: ") + db.lastError().text());
+                return 1;
+            }
+            data = std::make_unique<TDataSet>(QStringLiteral("host"), url.TableName);
+            data->Open();
+        } else {
+            SetHostProgramPath(p.value(dirOpt) + QStringLiteral("/host"));
+        }
+        const QString a = p.value(answer);
+        std::unique_ptr<TFixedAnswer> service;
+        if (a == QLatin1String("none")) {
+            SetDefaultDialogService(nullptr);
+        } else {
+            service = std::make_unique<TFixedAnswer>(a == QLatin1String("overwrite") ? ccOverwrite
+                                                     : a == QLatin1String("reload")  ? ccReload
+                                                                                    : ccSaveAsCopy);
+            SetDialogService(service.get());
+        }
+        QObject owner;
+        QWidget panel;
+        TCanvas canvas;
+        canvas.SetHandle(&panel);
+        CreateDiagActionsList(&owner, data.get(), data ? QStringLiteral("Config") : QString());
+        SetConflictCheck(p.isSet(check));
+        // Nothing is read before the first "load": two hosts started together would otherwise
+        // both append the missing record, and the second would fail on the unique keys.
+        TdmDiagActions* m =
+            CreateAndLoadDiagActionsEx(kName, QString(), &panel, &canvas, true, false);
+        int rc = 2;
+        if (mode == QLatin1String("session"))
+            rc = Session(m, panel, canvas);
+        else if (mode == QLatin1String("churn"))
+            rc = Churn(m, kind, p.value(dirOpt), p.value(versions), p.value(side).toInt());
+        FreeDiagActionsList();
+        return rc;
+    } catch (const Exception& e) {
+        Say(QStringLiteral("error ") + e.Message());
+        return 1;
+    }
+}
