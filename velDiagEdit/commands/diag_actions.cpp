@@ -393,18 +393,23 @@ void TdmDiagActions::SaveChecked(const QString& AName, const TStorageKind& Stora
                 OnConflictResolved(this, ccOverwrite, QString());
             return;
         }
-        const QString what =
-            done.Found.isEmpty() ? QStringLiteral("was removed by someone else after it was loaded")
-            : expected.isEmpty()
-                ? QStringLiteral("was stored by someone else, and this one never saw it")
-                : QStringLiteral("was saved by someone else after it was loaded");
-        const QString message =
-            QStringLiteral("The diagram \"%1\" (%2) %3 (loaded: %4, stored now: %5). "
-                           "Nothing was written.")
+        // The error a host catches keeps the library's own words; the question is translated.
+        const auto describe = [&](auto text) {
+            const QString what =
+                done.Found.isEmpty()
+                    ? text(QT_TR_NOOP("was removed by someone else after it was loaded"))
+                : expected.isEmpty()
+                    ? text(QT_TR_NOOP("was stored by someone else, and this one never saw it"))
+                    : text(QT_TR_NOOP("was saved by someone else after it was loaded"));
+            return text(QT_TR_NOOP("The diagram \"%1\" (%2) %3 (loaded: %4, stored now: %5). "
+                                   "Nothing was written."))
                 .arg(name, place, what, ShortFingerprint(expected), ShortFingerprint(done.Found));
+        };
         if (!HasDialogService())
-            throw EDiagramConflict(message, place, expected, done.Found);
-        const TConflictChoice choice = DialogService().AskSaveConflict(message);
+            throw EDiagramConflict(describe([](const char* t) { return QString::fromUtf8(t); }),
+                                   place, expected, done.Found);
+        const TConflictChoice choice =
+            DialogService().AskSaveConflict(describe([](const char* t) { return tr(t); }));
         switch (choice) {
         case ccOverwrite:
             // Theirs, as just seen, is what goes; if it changes again meanwhile, the question

@@ -214,12 +214,17 @@ TModalResult TQtDialogService::ErrorMessageDlg(const QString& Msg) {
 TConflictChoice TQtDialogService::AskSaveConflict(const QString& Msg) {
     QMessageBox box(DialogOwner());
     box.setIcon(QMessageBox::Warning);
-    box.setWindowTitle(QStringLiteral("Changed by someone else"));
+    box.setWindowTitle(
+        QCoreApplication::translate("vde::TQtDialogService", "Changed by someone else"));
     box.setText(Msg);
     QPushButton* overwrite =
-        box.addButton(ConflictChoiceName(ccOverwrite), QMessageBox::DestructiveRole);
-    QPushButton* reload = box.addButton(ConflictChoiceName(ccReload), QMessageBox::ResetRole);
-    QPushButton* copy = box.addButton(ConflictChoiceName(ccSaveAsCopy), QMessageBox::AcceptRole);
+        box.addButton(QCoreApplication::translate("vde::TQtDialogService", "Overwrite"),
+                      QMessageBox::DestructiveRole);
+    QPushButton* reload = box.addButton(
+        QCoreApplication::translate("vde::TQtDialogService", "Reload"), QMessageBox::ResetRole);
+    QPushButton* copy =
+        box.addButton(QCoreApplication::translate("vde::TQtDialogService", "Save as copy"),
+                      QMessageBox::AcceptRole);
     QPushButton* cancel = box.addButton(QMessageBox::Cancel);
     box.setDefaultButton(copy);
     box.setEscapeButton(cancel);

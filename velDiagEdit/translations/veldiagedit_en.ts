@@ -418,6 +418,22 @@
         <source>&amp;All</source>
         <translation>&amp;All</translation>
     </message>
+    <message>
+        <source>Changed by someone else</source>
+        <translation>Changed by someone else</translation>
+    </message>
+    <message>
+        <source>Overwrite</source>
+        <translation>Overwrite</translation>
+    </message>
+    <message>
+        <source>Reload</source>
+        <translation>Reload</translation>
+    </message>
+    <message>
+        <source>Save as copy</source>
+        <translation>Save as copy</translation>
+    </message>
 </context>
 <context>
     <name>vde::TdmDiagActions</name>
@@ -564,6 +580,22 @@
     <message>
         <source>Cannot load the diagram from</source>
         <translation>Cannot open the diagram</translation>
+    </message>
+    <message>
+        <source>was removed by someone else after it was loaded</source>
+        <translation>was removed by someone else after it was loaded</translation>
+    </message>
+    <message>
+        <source>was stored by someone else, and this one never saw it</source>
+        <translation>was stored by someone else, and this one never saw it</translation>
+    </message>
+    <message>
+        <source>was saved by someone else after it was loaded</source>
+        <translation>was saved by someone else after it was loaded</translation>
+    </message>
+    <message>
+        <source>The diagram &quot;%1&quot; (%2) %3 (loaded: %4, stored now: %5). Nothing was written.</source>
+        <translation>The diagram "%1" (%2) %3 (loaded: %4, stored now: %5). Nothing was written.</translation>
     </message>
 </context>
 <context>

@@ -418,6 +418,22 @@
         <source>&amp;All</source>
         <translation>&amp;Все</translation>
     </message>
+    <message>
+        <source>Changed by someone else</source>
+        <translation>Изменено другим пользователем</translation>
+    </message>
+    <message>
+        <source>Overwrite</source>
+        <translation>Перезаписать</translation>
+    </message>
+    <message>
+        <source>Reload</source>
+        <translation>Загрузить заново</translation>
+    </message>
+    <message>
+        <source>Save as copy</source>
+        <translation>Сохранить как копию</translation>
+    </message>
 </context>
 <context>
     <name>vde::TdmDiagActions</name>
@@ -564,6 +580,22 @@
     <message>
         <source>Cannot load the diagram from</source>
         <translation>Не удалось открыть схему</translation>
+    </message>
+    <message>
+        <source>was removed by someone else after it was loaded</source>
+        <translation>удалена другим пользователем после загрузки</translation>
+    </message>
+    <message>
+        <source>was stored by someone else, and this one never saw it</source>
+        <translation>сохранена другим пользователем, и эта копия её не видела</translation>
+    </message>
+    <message>
+        <source>was saved by someone else after it was loaded</source>
+        <translation>сохранена другим пользователем после загрузки</translation>
+    </message>
+    <message>
+        <source>The diagram &quot;%1&quot; (%2) %3 (loaded: %4, stored now: %5). Nothing was written.</source>
+        <translation>Схема «%1» (%2) %3 (загружена: %4, сохранена сейчас: %5). Ничего не записано.</translation>
     </message>
 </context>
 <context>
