@@ -405,9 +405,9 @@ void TdmDiagActions::SaveChecked(const QString& AName, const TStorageKind& Stora
                                    "Nothing was written."))
                 .arg(name, place, what, ShortFingerprint(expected), ShortFingerprint(done.Found));
         };
+        const QString message = describe([](const char* t) { return QString::fromUtf8(t); });
         if (!HasDialogService())
-            throw EDiagramConflict(describe([](const char* t) { return QString::fromUtf8(t); }),
-                                   place, expected, done.Found);
+            throw EDiagramConflict(message, place, expected, done.Found);
         const TConflictChoice choice =
             DialogService().AskSaveConflict(describe([](const char* t) { return tr(t); }));
         switch (choice) {
