@@ -102,6 +102,16 @@ public:
         }
         vde::CreateDiagActionsList(this, table ? table->DataSet() : nullptr,
                                    table ? QStringLiteral("DemoConfig") : QString());
+        // Two windows on one table (or one folder) do not overwrite each other's work unasked.
+        vde::SetConflictCheck(true);
+        connect(vde::DiagStorageEvents(), &vde::TDiagStorageEvents::ConflictResolved, this,
+                [this](const QString& name, int choice, const QString& copy) {
+                    statusBar()->showMessage(
+                        copy.isEmpty()
+                            ? QStringLiteral("%1: %2").arg(
+                                  name, vde::ConflictChoiceName(vde::TConflictChoice(choice)))
+                            : QStringLiteral("%1: your version was saved as %2").arg(name, copy));
+                });
         for (DiagramTab& d : diagrams) {
             if (!table)
                 SeedFile(d);

@@ -14,10 +14,12 @@ class QIODevice;
 namespace veldiag {
 
 // 0: done; 1: the input or the work failed (a diagram that does not load, a database error);
-// 2: the command line itself was wrong.
+// 2: the command line itself was wrong; 3: the stored diagram is no longer the one the command
+// was told about (db put --if-fingerprint), so nothing was written.
 constexpr int kExitOk = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+constexpr int kExitConflict = 3;
 
 // Raised for a wrong command line; main prints the message and the command's usage line.
 class UsageError : public std::exception {

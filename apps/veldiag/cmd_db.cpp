@@ -9,6 +9,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
@@ -165,8 +166,10 @@ int Get(const QStringList& args) {
     DbOptions o;
     parser.setApplicationDescription(QStringLiteral(
         "Writes the diagram NAME of the table into the binary file OUT, byte for byte as "
-        "stored. A missing record, an empty column or bytes that are not a diagram are errors "
-        "and write nothing; the table is not changed."));
+        "stored, and prints the stored bytes' fingerprint (SHA-256, 64 hex digits) on standard "
+        "output (on standard error when OUT is -), for a later put --if-fingerprint. A missing "
+        "record, an empty column or bytes that are not a diagram are errors and write nothing; "
+        "the table is not changed."));
     parser.addPositionalArgument(QStringLiteral("NAME"), QStringLiteral("The diagram's name."));
     parser.addPositionalArgument(QStringLiteral("OUT"), QStringLiteral("The file to write."));
     o.AddTo(parser);
@@ -186,7 +189,13 @@ int Get(const QStringList& args) {
     const QByteArray data(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size()));
     DiagramSurface check;
     check.LoadBinary(data);
-    WriteFileAtomically(parser.positionalArguments().at(1), data);
+    const QString out = parser.positionalArguments().at(1);
+    WriteFileAtomically(out, data);
+    const QString fingerprint = vde::ContentFingerprint(data);
+    if (out == QLatin1String("-"))
+        Err(fingerprint);
+    else
+        Out(fingerprint);
     return kExitOk;
 }
 
@@ -196,11 +205,32 @@ int Put(const QStringList& args) {
     parser.setApplicationDescription(QStringLiteral(
         "Stores the diagram FILE (binary .dgm, or the text form .ini/.txt, which is converted) "
         "as NAME in the table: the record is found or appended and its data column replaced in "
-        "one transaction. A file that is not a diagram is an error and changes nothing."));
+        "one transaction. A file that is not a diagram is an error and changes nothing. With "
+        "--if-fingerprint H the diagram is stored only while the stored one still has the "
+        "fingerprint H (as db get printed it; \"none\" for no diagram stored yet), compared in "
+        "the same transaction as the write; otherwise nothing is written and the exit status "
+        "is 3. With it, the new fingerprint is printed."));
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The diagram file."));
     parser.addPositionalArgument(QStringLiteral("NAME"), QStringLiteral("The diagram's name."));
+    const QCommandLineOption ifFingerprint(
+        QStringLiteral("if-fingerprint"),
+        QStringLiteral("Store only over the diagram with this fingerprint (\"none\": only "
+                       "where nothing is stored)."),
+        QStringLiteral("H"));
+    parser.addOption(ifFingerprint);
     o.AddTo(parser);
     ParseCommand(parser, args, 2, 2);
+    QString expected;
+    if (parser.isSet(ifFingerprint)) {
+        expected = parser.value(ifFingerprint).trimmed().toLower();
+        static const QRegularExpression hex(QStringLiteral("^[0-9a-f]{64}$"));
+        if (expected == QLatin1String("none"))
+            expected.clear();
+        else if (!hex.match(expected).hasMatch())
+            throw UsageError(QStringLiteral("--if-fingerprint \"%1\" is neither 64 hex digits "
+                                            "nor \"none\"")
+                                 .arg(parser.value(ifFingerprint)));
+    }
     const QString file = parser.positionalArguments().at(0);
     const QString name = parser.positionalArguments().at(1);
     CheckName(name);
@@ -223,6 +253,19 @@ int Put(const QStringList& args) {
     Table t(target);
     const auto [fields, values] = t.Keys(name);
     vde::TField& field = t.DataField();
+    if (parser.isSet(ifFingerprint)) {
+        const vde::TConditionalWrite w =
+            t.Data().WriteBlobIfUnchanged(fields, Values(values), &field, data, expected);
+        if (!w.Written) {
+            Err(QStringLiteral("veldiag db put: the diagram \"%1\" changed: stored now %2, not "
+                               "%3; nothing was written")
+                    .arg(name, w.Found.isEmpty() ? QStringLiteral("none") : w.Found,
+                         expected.isEmpty() ? QStringLiteral("none") : expected));
+            return kExitConflict;
+        }
+        Out(vde::ContentFingerprint(data));
+        return kExitOk;
+    }
     vde::TMemoryStream stream(std::vector<uint8_t>(data.begin(), data.end()));
     stream.SetPosition(0);
     vde::WriteDataFromStream(&field, &stream, fields, values);
@@ -352,8 +395,10 @@ int RunDb(const QStringList& args) {
             "data in BinData or BinData_<suffix>).\n"
             "\n"
             "  init            create the table (and a SQLite file) if there is none\n"
-            "  get NAME OUT    write the stored diagram NAME into the file OUT\n"
-            "  put FILE NAME   store the diagram file FILE as NAME\n"
+            "  get NAME OUT    write the stored diagram NAME into the file OUT and print its\n"
+            "                  fingerprint\n"
+            "  put FILE NAME   store the diagram file FILE as NAME (--if-fingerprint H: only\n"
+            "                  over the diagram get printed H for; exit status 3 otherwise)\n"
             "  list            list the diagrams of the tab\n"
             "\n"
             "'veldiag db <subcommand> --help' describes a subcommand."));

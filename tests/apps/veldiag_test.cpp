@@ -6,6 +6,7 @@
 
 #include <velDiagEdit/velDiagEdit.h>
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -976,6 +977,55 @@ TEST_P(VeldiagDb, BrokenFilesAndMissingDiagramsChangeNothing) {
               QStringLiteral("mysql://nowhere")});
     EXPECT_EQ(r.Code, 1);
     EXPECT_TRUE(r.Err.contains("database error")) << r.Err.toStdString();
+}
+
+TEST_P(VeldiagDb, GetPrintsTheFingerprintAndPutIfFingerprintRefusesAChangedDiagram) {
+    const QByteArray latch = ReadAll(Example("rs_latch", "dgm"));
+    const QByteArray adder = ReadAll(Example("half_adder", "dgm"));
+    const auto sha = [](const QByteArray& b) {
+        return QCryptographicHash::hash(b, QCryptographicHash::Sha256).toHex();
+    };
+    // Only where nothing is stored yet.
+    ToolRun r = Db_({QStringLiteral("put"), Example("rs_latch", "dgm"), QStringLiteral("Chart"),
+                     QStringLiteral("--if-fingerprint"), QStringLiteral("none")});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_EQ(r.Out, sha(latch) + "\n");
+    const QString out = Dir.filePath(QStringLiteral("back.dgm"));
+    r = Db_({QStringLiteral("get"), QStringLiteral("Chart"), out});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_EQ(r.Out, sha(latch) + "\n");
+    const QByteArray seen = r.Out.trimmed();
+
+    // Someone else stores another diagram; a put over what was seen is refused.
+    r = Db_({QStringLiteral("put"), Example("half_adder", "dgm"), QStringLiteral("Chart")});
+    ASSERT_EQ(r.Code, 0);
+    EXPECT_TRUE(r.Out.isEmpty()); // a plain put prints nothing, as before
+    r = Db_({QStringLiteral("put"), Example("junctions", "dgm"), QStringLiteral("Chart"),
+             QStringLiteral("--if-fingerprint"), QString::fromLatin1(seen)});
+    EXPECT_EQ(r.Code, 3);
+    EXPECT_TRUE(r.Err.contains("changed: stored now " + sha(adder))) << r.Err.toStdString();
+    EXPECT_EQ(Db->Column(TableName, QStringLiteral("BinData")).at(0).toByteArray(), adder);
+    r = Db_({QStringLiteral("put"), Example("junctions", "dgm"), QStringLiteral("Chart"),
+             QStringLiteral("--if-fingerprint"), QStringLiteral("none")});
+    EXPECT_EQ(r.Code, 3);
+
+    // Over the fingerprint of what is stored now it goes through, in upper case as well.
+    r = Db_({QStringLiteral("put"), Example("junctions", "dgm"), QStringLiteral("Chart"),
+             QStringLiteral("--if-fingerprint"), QString::fromLatin1(sha(adder).toUpper())});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_EQ(Db->Column(TableName, QStringLiteral("BinData")).at(0).toByteArray(),
+              ReadAll(Example("junctions", "dgm")));
+    EXPECT_EQ(Db->RowCount(TableName), 1);
+
+    // To standard output the diagram goes alone; the fingerprint to standard error.
+    r = Db_({QStringLiteral("get"), QStringLiteral("Chart"), QStringLiteral("-")});
+    ASSERT_EQ(r.Code, 0);
+    EXPECT_EQ(r.Out, ReadAll(Example("junctions", "dgm")));
+    EXPECT_TRUE(r.Err.contains(sha(ReadAll(Example("junctions", "dgm")))));
+
+    r = Db_({QStringLiteral("put"), Example("junctions", "dgm"), QStringLiteral("Chart"),
+             QStringLiteral("--if-fingerprint"), QStringLiteral("abc")});
+    EXPECT_EQ(r.Code, 2);
 }
 
 TEST_P(VeldiagDb, NamesAndTabsTheLibraryRefusesAreRefusedBeforeTheDatabaseIsTouched) {
