@@ -27,6 +27,22 @@ void* operator new(size_t n) {
 void* operator new[](size_t n) {
     return Allocate(n);
 }
+// The nothrow forms too (Qt allocates with them): a block must be freed by the same family of
+// functions that made it, or the sanitizer reports a mismatch.
+void* operator new(size_t n, const std::nothrow_t&) noexcept {
+    if (gTrackAllocations && n > gLargestAllocation)
+        gLargestAllocation = n;
+    return std::malloc(n ? n : 1);
+}
+void* operator new[](size_t n, const std::nothrow_t&) noexcept {
+    return operator new(n, std::nothrow);
+}
+void operator delete(void* p, const std::nothrow_t&) noexcept {
+    std::free(p);
+}
+void operator delete[](void* p, const std::nothrow_t&) noexcept {
+    std::free(p);
+}
 void operator delete(void* p) noexcept {
     std::free(p);
 }
