@@ -3,6 +3,7 @@
 #
 #   eval "$(scripts/pg_test_server.sh start)"   # prints export lines: VDE_PG_URL, VDE_PG_DIR
 #   scripts/pg_test_server.sh halt   [DIR]       # stops the server, keeps its data (outage tests)
+#   scripts/pg_test_server.sh crash  [DIR]       # stops it at once (-m immediate), keeps its data
 #   scripts/pg_test_server.sh resume [DIR]       # starts it again on the same port
 #   scripts/pg_test_server.sh stop   [DIR]       # stops it and removes the folder
 #
@@ -135,6 +136,15 @@ cmd_halt() {
     as_user "$user" "$(pg_bindir)/pg_ctl" -D "$dir/data" -w -t 30 -m fast stop >/dev/null
 }
 
+# No shutdown checkpoint and no goodbye to the clients: the next start recovers from the WAL, as
+# after a power cut.
+cmd_crash() {
+    local dir user
+    dir=$(server_dir "${1:-}")
+    user=$(stat -c %U "$dir")
+    as_user "$user" "$(pg_bindir)/pg_ctl" -D "$dir/data" -w -t 30 -m immediate stop >/dev/null
+}
+
 cmd_resume() {
     local dir
     dir=$(server_dir "${1:-}")
@@ -155,7 +165,8 @@ cmd_stop() {
 case "${1:-}" in
 start) cmd_start ;;
 halt) cmd_halt "${2:-}" ;;
+crash) cmd_crash "${2:-}" ;;
 resume) cmd_resume "${2:-}" ;;
 stop) cmd_stop "${2:-}" ;;
-*) die "usage: $0 start | halt [DIR] | resume [DIR] | stop [DIR]" ;;
+*) die "usage: $0 start | halt [DIR] | crash [DIR] | resume [DIR] | stop [DIR]" ;;
 esac

@@ -10,6 +10,7 @@
 #include "velDiagEdit/platform/components.h"
 #include "velDiagEdit/platform/controls.h"
 #include "velDiagEdit/platform/convert.h"
+#include "velDiagEdit/platform/dark_palette.h"
 #include "velDiagEdit/platform/dataset.h"
 #include "velDiagEdit/platform/dialog_service.h"
 #include "velDiagEdit/platform/enum_names.h"

@@ -28,28 +28,6 @@ void UseLanguage(const QString& Code) {
         vde::InstallTranslations(QLocale(Code));
 }
 
-// The dark palette Qt applications commonly give the Fusion style.
-QPalette DarkPalette() {
-    QPalette p;
-    const QColor window(53, 53, 53), base(42, 42, 42), highlight(42, 130, 218);
-    p.setColor(QPalette::Window, window);
-    p.setColor(QPalette::WindowText, Qt::white);
-    p.setColor(QPalette::Base, base);
-    p.setColor(QPalette::AlternateBase, window);
-    p.setColor(QPalette::ToolTipBase, Qt::white);
-    p.setColor(QPalette::ToolTipText, Qt::white);
-    p.setColor(QPalette::Text, Qt::white);
-    p.setColor(QPalette::Button, window);
-    p.setColor(QPalette::ButtonText, Qt::white);
-    p.setColor(QPalette::BrightText, Qt::red);
-    p.setColor(QPalette::Link, highlight);
-    p.setColor(QPalette::Highlight, highlight);
-    p.setColor(QPalette::HighlightedText, Qt::black);
-    for (QPalette::ColorRole r : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        p.setColor(QPalette::Disabled, r, QColor(127, 127, 127));
-    return p;
-}
-
 // Dark: the application and the diagram panels take the dark palette and the diagrams follow
 // it. Light: everything as it was before.
 void UseDark(bool On) {
@@ -59,7 +37,7 @@ void UseDark(bool On) {
     vde::TDiagActionsList* list = vde::GetDiagActionsList();
     if (On) {
         QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-        QApplication::setPalette(DarkPalette());
+        QApplication::setPalette(vde::DarkFusionPalette());
     } else {
         QApplication::setStyle(QStyleFactory::create(appStyle));
         QApplication::setPalette(appPalette);
@@ -72,7 +50,7 @@ void UseDark(bool On) {
             continue;
         if (!panelPalettes.contains(panel))
             panelPalettes.insert(panel, panel->palette());
-        panel->setPalette(On ? DarkPalette() : panelPalettes.value(panel));
+        panel->setPalette(On ? vde::DarkFusionPalette() : panelPalettes.value(panel));
         dc->SetFollowPalette(On);
     }
 }

@@ -221,6 +221,10 @@ bool PrivatePgServer::Halt() {
     return Run({QStringLiteral("halt"), FDir});
 }
 
+bool PrivatePgServer::Crash() {
+    return Run({QStringLiteral("crash"), FDir});
+}
+
 bool PrivatePgServer::Resume() {
     return Run({QStringLiteral("resume"), FDir});
 }

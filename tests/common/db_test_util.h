@@ -93,6 +93,9 @@ public:
     const QString& Error() const { return FError; }
     const QString& Url() const { return FUrl; }
     bool Halt();
+    // pg_ctl stop -m immediate: the clients lose their connections mid-statement and the next
+    // start recovers from the write-ahead log.
+    bool Crash();
     bool Resume();
 
 private:

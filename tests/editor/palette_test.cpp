@@ -5,6 +5,7 @@
 #include "editor_test_util.h"
 
 #include "common/test_util.h"
+#include "velDiagEdit/platform/dark_palette.h"
 
 #include <QGuiApplication>
 #include <QStyle>
@@ -19,29 +20,10 @@ using namespace vde::test;
 namespace {
 
 // The palettes a Qt application shows with the Fusion style: Fusion's own light one, and the
-// dark one such applications set (Qt 6.4 has no dark scheme of its own).
+// dark one such applications set (DarkFusionPalette, Qt 6.4 has no dark scheme of its own).
 QPalette LightFusion() {
     std::unique_ptr<QStyle> fusion(QStyleFactory::create(QStringLiteral("Fusion")));
     return fusion->standardPalette();
-}
-
-QPalette DarkFusion() {
-    QPalette p;
-    const QColor window(53, 53, 53), base(42, 42, 42), highlight(42, 130, 218);
-    p.setColor(QPalette::Window, window);
-    p.setColor(QPalette::WindowText, Qt::white);
-    p.setColor(QPalette::Base, base);
-    p.setColor(QPalette::AlternateBase, window);
-    p.setColor(QPalette::ToolTipBase, Qt::white);
-    p.setColor(QPalette::ToolTipText, Qt::white);
-    p.setColor(QPalette::Text, Qt::white);
-    p.setColor(QPalette::Button, window);
-    p.setColor(QPalette::ButtonText, Qt::white);
-    p.setColor(QPalette::BrightText, Qt::red);
-    p.setColor(QPalette::Link, highlight);
-    p.setColor(QPalette::Highlight, highlight);
-    p.setColor(QPalette::HighlightedText, Qt::black);
-    return p;
 }
 
 // The size of a label's text cell at a font height, as the block canvas measures it.
@@ -150,14 +132,28 @@ protected:
 
 } // namespace
 
+TEST(DarkFusionPalette, HasTheDarkGreysWhiteTextAndTheBlueHighlight) {
+    const QPalette p = DarkFusionPalette();
+    EXPECT_EQ(p.color(QPalette::Window), QColor(53, 53, 53));
+    EXPECT_EQ(p.color(QPalette::Button), QColor(53, 53, 53));
+    EXPECT_EQ(p.color(QPalette::Base), QColor(42, 42, 42));
+    for (QPalette::ColorRole r : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        EXPECT_EQ(p.color(QPalette::Active, r), QColor(255, 255, 255)) << r;
+    EXPECT_EQ(p.color(QPalette::Highlight), QColor(42, 130, 218));
+    EXPECT_EQ(p.color(QPalette::HighlightedText), QColor(0, 0, 0));
+    // Disabled text is greyed, and the same in every role.
+    EXPECT_EQ(p.color(QPalette::Disabled, QPalette::Text), QColor(127, 127, 127));
+    EXPECT_EQ(p.color(QPalette::Disabled, QPalette::WindowText), QColor(127, 127, 127));
+}
+
 TEST_F(SurfacePalette, IsOffByDefaultAndOffDrawsWhatANeverSwitchedSurfaceDraws) {
     EXPECT_FALSE(dc->GetFollowPalette());
-    const QImage before = RenderWith(DarkFusion());
+    const QImage before = RenderWith(DarkFusionPalette());
     dc->SetFollowPalette(true);
     EXPECT_TRUE(dc->GetFollowPalette());
-    const QImage on = RenderWith(DarkFusion());
+    const QImage on = RenderWith(DarkFusionPalette());
     dc->SetFollowPalette(false);
-    const QImage after = RenderWith(DarkFusion());
+    const QImage after = RenderWith(DarkFusionPalette());
     EXPECT_EQ(after, before);
     EXPECT_NE(on, before);
 }
@@ -166,8 +162,8 @@ TEST_F(SurfacePalette, OffUnderTheDarkPaletteBlackWiresAllButVanishAndLabelsKeep
     // What the option is for: the wires keep their black on the dark window. The whole
     // application runs under the dark palette, as on a dark desktop.
     const QPalette before = QGuiApplication::palette();
-    QGuiApplication::setPalette(DarkFusion());
-    const QImage img = RenderWith(DarkFusion());
+    QGuiApplication::setPalette(DarkFusionPalette());
+    const QImage img = RenderWith(DarkFusionPalette());
     QGuiApplication::setPalette(before);
     const auto wires = WireSamples(img);
     ASSERT_GE(wires.size(), 4u);
@@ -189,7 +185,7 @@ class SurfacePaletteOn : public SurfacePalette, public ::testing::WithParamInter
 
 TEST_P(SurfacePaletteOn, TextAndWiresReadAtFourAndAHalfToOne) {
     dc->SetFollowPalette(true);
-    const QPalette palette = GetParam() ? DarkFusion() : LightFusion();
+    const QPalette palette = GetParam() ? DarkFusionPalette() : LightFusion();
     const QImage img = RenderWith(palette);
     const auto wires = WireSamples(img);
     ASSERT_GE(wires.size(), 4u);
@@ -218,7 +214,7 @@ TEST_P(SurfacePaletteOn, ASelectedSegmentStandsOutFromTheOtherWiresAndTheWindow)
         if (length(k) > length(longest))
             longest = k;
     w->FSelectedIndex = int(longest) - 1;
-    const QPalette palette = GetParam() ? DarkFusion() : LightFusion();
+    const QPalette palette = GetParam() ? DarkFusionPalette() : LightFusion();
     const QImage img = RenderWith(palette);
     const TPoint a = w->FPoints[longest - 1], b = w->FPoints[longest];
     ASSERT_FALSE(OnABlock((a.X + b.X) / 2, (a.Y + b.Y) / 2));

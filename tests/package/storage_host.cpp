@@ -19,6 +19,15 @@
 //     builds a sheet of N x N gates (default 100: 10,000 blocks), writes the two stored forms it
 //     will alternate between to DIR/a and DIR/b, then saves them alternately until killed,
 //     printing "ready <ms>" (the first save's time) after the first save.
+//
+//   vde_storage_host outage --medium postgresql --database URL --versions DIR [--side N]
+//     builds the same sheet and writes the two versions to DIR/a and DIR/b, then reads commands:
+//       run   -> saves versions 0, 1, 2, ... (even: a, odd: b), each marked as changed first,
+//                printing "saving <i>" before and "saved <i> <still marked 0|1> <ms>" after
+//                each, until a save fails: "failed <i> <still marked 0|1> <ms> <message>";
+//                then it waits for the next command
+//       retry -> saves again without marking: "saved <i> <still marked 0|1> <ms>" or "failed ..."
+//       quit
 
 #include "common/large_diagram.h"
 
@@ -174,6 +183,62 @@ int Churn(TdmDiagActions* m, const QString& medium, const QString& dir, const QS
     }
 }
 
+// Saves to a table whose server the test stops and starts again while a save is under way.
+int Outage(TdmDiagActions* m, const QString& versions, int side) {
+    TDiagContainer& dc = *m->DiagContr;
+    test::FillLargeDiagram(dc, side);
+    TDiagObject* first = dc.CreateObjByDiagType(doAndLogic, {10, -200, 70, -130});
+    const QRect a = first->geometry();
+    const QRect b = a.translated(7, 3);
+    auto version = [&](int i) {
+        const QRect& r = i % 2 ? b : a;
+        first->SetBounds(r.x(), r.y(), r.width(), r.height());
+    };
+    for (int i = 0; i < 2; ++i) {
+        version(i);
+        if (!WriteAll(versions + (i ? QStringLiteral("/b") : QStringLiteral("/a")), StreamOf(dc)))
+            return 2;
+    }
+    // Each save reports how it ended; false when it raised.
+    int current = -1;
+    auto save = [&](const char* done) {
+        QElapsedTimer t;
+        t.start();
+        try {
+            SaveDiagActionsDiagrams(QString());
+        } catch (const Exception& e) {
+            Say(QStringLiteral("failed %1 %2 %3 %4")
+                    .arg(current)
+                    .arg(int(m->GetNeedSave()))
+                    .arg(t.elapsed())
+                    .arg(QString(e.Message()).replace(QLatin1Char('\n'), QLatin1Char(' '))));
+            return false;
+        }
+        Say(QString::fromLatin1(done).arg(current).arg(int(m->GetNeedSave())).arg(t.elapsed()));
+        return true;
+    };
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        if (line == "run") {
+            for (;;) {
+                ++current;
+                version(current);
+                EnableDesignMode(true, false); // marks the diagram to be saved
+                Say(QStringLiteral("saving %1").arg(current));
+                if (!save("saved %1 %2 %3"))
+                    break;
+            }
+        } else if (line == "retry") {
+            save("saved %1 %2 %3");
+        } else if (line == "quit") {
+            return 0;
+        } else {
+            Say(QStringLiteral("error unknown command %1").arg(QString::fromStdString(line)));
+        }
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -234,6 +299,8 @@ int main(int argc, char** argv) {
             rc = Session(m, panel, canvas);
         else if (mode == QLatin1String("churn"))
             rc = Churn(m, kind, p.value(dirOpt), p.value(versions), p.value(side).toInt());
+        else if (mode == QLatin1String("outage"))
+            rc = Outage(m, p.value(versions), p.value(side).toInt());
         FreeDiagActionsList();
         return rc;
     } catch (const Exception& e) {
