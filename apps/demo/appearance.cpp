@@ -81,7 +81,15 @@ void AddAppearanceMenu(QMainWindow* Window, const QCommandLineParser& Options) {
     }
     UseLanguage(start);
 
-    QMenu* view = Window->menuBar()->addMenu(QStringLiteral("&View"));
+    // The window's own View menu, when it has one, takes the palette too: one View menu.
+    QMenu* view = nullptr;
+    for (QAction* a : Window->menuBar()->actions())
+        if (a->menu() && a->text() == QLatin1String("&View"))
+            view = a->menu();
+    if (view)
+        view->addSeparator();
+    else
+        view = Window->menuBar()->addMenu(QStringLiteral("&View"));
     QAction* dark = view->addAction(QStringLiteral("&Dark palette"));
     dark->setCheckable(true);
     QObject::connect(dark, &QAction::toggled, Window, [](bool on) { UseDark(on); });
