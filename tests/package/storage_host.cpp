@@ -21,6 +21,7 @@
 //     printing "ready <ms>" (the first save's time) after the first save.
 //
 //   vde_storage_host outage --medium postgresql --database URL --versions DIR [--side N]
+//                           [--check]
 //     builds the same sheet and writes the two versions to DIR/a and DIR/b, then reads commands:
 //       run   -> saves versions 0, 1, 2, ... (even: a, odd: b), each marked as changed first,
 //                printing "saving <i>" before and "saved <i> <still marked 0|1> <ms>" after
@@ -201,7 +202,7 @@ int Outage(TdmDiagActions* m, const QString& versions, int side) {
     }
     // Each save reports how it ended; false when it raised.
     int current = -1;
-    auto save = [&](const char* done) {
+    auto save = [&] {
         QElapsedTimer t;
         t.start();
         try {
@@ -214,7 +215,10 @@ int Outage(TdmDiagActions* m, const QString& versions, int side) {
                     .arg(QString(e.Message()).replace(QLatin1Char('\n'), QLatin1Char(' '))));
             return false;
         }
-        Say(QString::fromLatin1(done).arg(current).arg(int(m->GetNeedSave())).arg(t.elapsed()));
+        Say(QStringLiteral("saved %1 %2 %3")
+                .arg(current)
+                .arg(int(m->GetNeedSave()))
+                .arg(t.elapsed()));
         return true;
     };
     std::string line;
@@ -225,11 +229,11 @@ int Outage(TdmDiagActions* m, const QString& versions, int side) {
                 version(current);
                 EnableDesignMode(true, false); // marks the diagram to be saved
                 Say(QStringLiteral("saving %1").arg(current));
-                if (!save("saved %1 %2 %3"))
+                if (!save())
                     break;
             }
         } else if (line == "retry") {
-            save("saved %1 %2 %3");
+            save();
         } else if (line == "quit") {
             return 0;
         } else {

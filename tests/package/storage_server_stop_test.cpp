@@ -19,6 +19,7 @@
 #include <QThread>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <string>
 
 using namespace vde;
 using namespace vde::test;
@@ -88,9 +89,18 @@ private:
     bool FStarted = false;
 };
 
+// Without and with the conflict check (a plain post, or a transaction that reads the record
+// FOR UPDATE before it writes).
+class ServerGoneMidSave : public ::testing::TestWithParam<bool> {};
+
+INSTANTIATE_TEST_SUITE_P(Saves, ServerGoneMidSave, ::testing::Values(false, true),
+                         [](const ::testing::TestParamInfo<bool>& i) {
+                             return std::string(i.param ? "CheckOn" : "CheckOff");
+                         });
+
 } // namespace
 
-TEST(ServerGoneMidSave, TheSaveInFlightFailsTheRecordStaysWholeAndTheNextSaveSucceeds) {
+TEST_P(ServerGoneMidSave, TheSaveInFlightFailsTheRecordStaysWholeAndTheNextSaveSucceeds) {
     if (!PgBinariesFound()) {
         if (qEnvironmentVariableIsEmpty("VDE_REQUIRE_PG"))
             GTEST_SKIP() << "no PostgreSQL server programs (initdb); install the Debian package "
@@ -129,9 +139,18 @@ TEST(ServerGoneMidSave, TheSaveInFlightFailsTheRecordStaysWholeAndTheNextSaveSuc
     };
 
     const QString side = qEnvironmentVariable("VDE_OUTAGE_TEST_SIDE", QStringLiteral("100"));
-    Host h({QStringLiteral("outage"), QStringLiteral("--medium"), QStringLiteral("postgresql"),
-            QStringLiteral("--database"), server.Url() + QStringLiteral("?table=") + table,
-            QStringLiteral("--versions"), versions.path(), QStringLiteral("--side"), side});
+    QStringList args{QStringLiteral("outage"),
+                     QStringLiteral("--medium"),
+                     QStringLiteral("postgresql"),
+                     QStringLiteral("--database"),
+                     server.Url() + QStringLiteral("?table=") + table,
+                     QStringLiteral("--versions"),
+                     versions.path(),
+                     QStringLiteral("--side"),
+                     side};
+    if (GetParam())
+        args << QStringLiteral("--check");
+    Host h(args);
     ASSERT_TRUE(h.Started());
     // Rounds go on until the stop has caught the save it was asked during five times: pg_ctl
     // takes about as long to stop the server as a save takes, so now and then the save ends
@@ -197,6 +216,9 @@ TEST(ServerGoneMidSave, TheSaveInFlightFailsTheRecordStaysWholeAndTheNextSaveSuc
             << now.left(80).toStdString() << "), versions of " << a.size() << " and " << b.size();
 
         // The same connection name, opened again by the library; the diagram was still marked.
+        // (With the check on, a record that already holds the new version, committed just
+        // before the server died, differs from the one remembered: the retry would be asked
+        // about a conflict with its own bytes.)
         h.Send(QStringLiteral("retry"));
         line = h.Read();
         EXPECT_EQ(Word(line, 0).toStdString(), "saved") << line.toStdString();
@@ -204,10 +226,11 @@ TEST(ServerGoneMidSave, TheSaveInFlightFailsTheRecordStaysWholeAndTheNextSaveSuc
         EXPECT_EQ(Word(line, 2).toStdString(), "0") << "still to be saved: " << line.toStdString();
         EXPECT_EQ(stored(), newVersion) << "round " << round;
     }
-    std::printf("%d rounds: the stop caught the save it was asked during %d times; the record "
-                "held the old version %d times, the new one %d times, never anything else; a "
-                "save took about %lld ms\n",
-                rounds, midSave, storedOld, storedNew, saveMs);
+    std::printf(
+        "check %s, %d rounds: the stop caught the save it was asked during %d times; the record "
+        "held the old version %d times, the new one %d times, never anything else; a "
+        "save took about %lld ms\n",
+        GetParam() ? "on" : "off", rounds, midSave, storedOld, storedNew, saveMs);
     EXPECT_GE(midSave, 1) << "the stop never came while a save was under way";
     h.Send(QStringLiteral("quit"));
     QSqlDatabase::database(reader, false).close();
