@@ -9,6 +9,7 @@
 
 #include "velDiagEdit/platform/graphic_host.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -188,6 +189,11 @@ TEST_F(ZoomFixture, WithDirectEditingOffTheSurfacePaintsAt100WhateverTheZoom) {
     // The block is hit where it is drawn, at 100%.
     Click(QPoint(70, 120));
     EXPECT_TRUE(a->GetSelected());
+    // Direct editing back on: the zoom comes back with it.
+    dc->SetDirectEditing(true);
+    Click(QPoint(140, 240));
+    EXPECT_TRUE(a->GetSelected());
+    EXPECT_EQ(panel.width(), 2 * (dc->DiagramRect().right() + 1 + TDiagContainer::kSurfaceMargin));
 }
 
 TEST_F(ZoomFixture, At200EachDiagramPixelBecomesTwoByTwoAndTextIsDrawnAnew) {
@@ -291,6 +297,23 @@ TEST_F(ZoomFixture, TheSurfaceIsTheExtentAndTheMarginTimesTheZoom) {
     EXPECT_EQ(panel.size(), QSize(400, 300));
 }
 
+TEST_F(ZoomFixture, ABlockIsWhereItShowsForAssistiveTechnologyAtAnyZoom) {
+    Show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&panel));
+    QAccessibleInterface* i = QAccessible::queryAccessibleInterface(a);
+    ASSERT_NE(i, nullptr);
+    // Gate a: (50, 60), 60 x 100 of the diagram.
+    EXPECT_EQ(i->rect(), QRect(panel.mapToGlobal(QPoint(50, 60)), QSize(60, 100)));
+    dc->SetZoom(2.0);
+    EXPECT_EQ(i->rect(), QRect(panel.mapToGlobal(QPoint(100, 120)), QSize(120, 200)));
+    dc->SetZoom(0.5);
+    EXPECT_EQ(i->rect(), QRect(panel.mapToGlobal(QPoint(25, 30)), QSize(30, 50)));
+    // The surface's own child at a screen point is the block drawn there.
+    QAccessibleInterface* s = QAccessible::queryAccessibleInterface(&panel);
+    const QPoint g = panel.mapToGlobal(QPoint(40, 50));
+    EXPECT_EQ(s->childAt(g.x(), g.y()), i);
+}
+
 // ---- the corner handle -----------------------------------------------------------------------
 
 TEST_F(ZoomFixture, TheCornerHandleStandsOutsideTheBlockAndIsTheSameSizeOnScreenAtAnyZoom) {
@@ -367,6 +390,27 @@ TEST_F(ScrolledZoom, ZoomingAroundTheMouseKeepsTheDiagramPointUnderIt) {
     Key(Qt::Key_Minus, Qt::ControlModifier);
     EXPECT_EQ(dc->Zoom(), 1.0);
     EXPECT_EQ(OnSurface(view), QPoint(160, 120));
+}
+
+TEST_F(ScrolledZoom, InAResizableAreaTheSurfaceFollowsTheZoomAndThePointStays) {
+    area.setWidgetResizable(true);
+    QCoreApplication::processEvents();
+    const QRect r = dc->DiagramRect();
+    const QPoint view(100, 80);
+    Wheel(OnSurface(view), 120);
+    Wheel(OnSurface(view), 120);
+    Wheel(OnSurface(view), 120);
+    EXPECT_EQ(dc->Zoom(), 2.0);
+    EXPECT_EQ(panel.width(), 2 * (r.right() + 1 + TDiagContainer::kSurfaceMargin));
+    EXPECT_EQ(panel.height(), 2 * (r.bottom() + 1 + TDiagContainer::kSurfaceMargin));
+    // The view's (100, 80) showed the diagram's (100, 80); at 200% that is the surface's
+    // (200, 160).
+    EXPECT_EQ(OnSurface(view), QPoint(200, 160));
+    // At 50% the whole diagram fits; the surface fills the view.
+    dc->SetZoom(0.5);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(panel.size(), area.viewport()->size());
+    EXPECT_EQ(H()->maximum(), 0);
 }
 
 TEST_F(ScrolledZoom, DraggingABlockNearTheViewsEdgeScrollsAndTheBlockFollows) {
