@@ -314,6 +314,19 @@ TEST_F(ZoomFixture, ABlockIsWhereItShowsForAssistiveTechnologyAtAnyZoom) {
     EXPECT_EQ(s->childAt(g.x(), g.y()), i);
 }
 
+TEST_F(ZoomFixture, AMenuAt200OpensWhereTheMouseIs) {
+    dc->SetZoom(2.0);
+    // On gate a's body, and on empty surface.
+    for (const QPoint at : {QPoint(140, 240), QPoint(400, 60)}) {
+        QTest::mouseClick(&panel, Qt::RightButton, Qt::NoModifier, at);
+        ASSERT_NE(popups.Last(), nullptr);
+        const QPoint g = panel.mapToGlobal(at);
+        EXPECT_EQ(popups.Last()->ScreenPos, (TPoint{g.x(), g.y()}));
+    }
+    EXPECT_EQ(popups.Records.size(), 2u);
+    EXPECT_EQ(popups.Records[0].MenuName, QStringLiteral("pmObjects"));
+}
+
 // ---- the corner handle -----------------------------------------------------------------------
 
 TEST_F(ZoomFixture, TheCornerHandleStandsOutsideTheBlockAndIsTheSameSizeOnScreenAtAnyZoom) {
