@@ -295,6 +295,19 @@ TEST_F(ZoomFixture, TheSurfaceIsTheExtentAndTheMarginTimesTheZoom) {
     // Back at 100% the surface is what the host made it (400 x 300 holds the diagram).
     dc->SetZoom(1.0);
     EXPECT_EQ(panel.size(), QSize(400, 300));
+    // A block dragged to the right at 200% grows the surface; back at 100% it is what the
+    // diagram needs there.
+    dc->SetZoom(2.0);
+    DragPanel(QPoint(560, 320), QPoint(760, 320), 4); // gate b, 100 pixels of the diagram
+    const QRect moved = dc->DiagramRect();
+    EXPECT_EQ(moved.right(), r.right() + 100);
+    EXPECT_EQ(panel.width(), 2 * (moved.right() + 1 + TDiagContainer::kSurfaceMargin));
+    dc->SetZoom(1.0);
+    EXPECT_EQ(panel.size(), QSize(moved.right() + 1 + TDiagContainer::kSurfaceMargin, 300));
+    // Direct editing off at 200%: the surface goes back to its size at 100%.
+    dc->SetZoom(2.0);
+    dc->SetDirectEditing(false);
+    EXPECT_EQ(panel.size(), QSize(moved.right() + 1 + TDiagContainer::kSurfaceMargin, 300));
 }
 
 TEST_F(ZoomFixture, ABlockIsWhereItShowsForAssistiveTechnologyAtAnyZoom) {

@@ -373,6 +373,10 @@ private:
     void ApplyZoom();
     // What the surface must be to hold R and the margin, at the zoom shown.
     QSize SurfaceNeed(const QRect& R) const;
+    // Grows the surface (never shrinks it) to hold R and the margin.
+    void GrowSurface(const QRect& R);
+    // Sizes the surface for the zoom shown.
+    void FitSurface();
     // Repaints R (diagram pixels) of the surface.
     void UpdateSurface(const QRect& R);
     void UpdateSurface(const QRegion& R);

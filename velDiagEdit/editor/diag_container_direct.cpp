@@ -340,13 +340,8 @@ void TDiagContainer::NoteDiagramChanged() {
     }
     // The surface grows to hold the diagram and a margin, so that a scroll area around it
     // scrolls; it never shrinks below what the host made it.
-    if (FDirectOn && FParent && r.isValid()) {
-        const QSize need = SurfaceNeed(r);
-        if (FParent->minimumWidth() < need.width() || FParent->minimumHeight() < need.height())
-            FParent->setMinimumSize(FParent->minimumSize().expandedTo(need));
-        if (FParent->width() < need.width() || FParent->height() < need.height())
-            FParent->resize(FParent->size().expandedTo(need));
-    }
+    if (FDirectOn && FParent && r.isValid())
+        GrowSurface(r);
     NoteSelection();
 }
 

@@ -152,6 +152,10 @@ void TDiagContainer::ZoomDirectChanged() {
         FParent->removeEventFilter(&z);
         z.Hooked = false;
         z.Timer.stop();
+        // A zoomed surface goes back to its size at 100%.
+        if (FZoom != 1.0)
+            FitSurface();
+        z.HostKnown = false;
     }
     ApplyZoom();
 }
@@ -174,7 +178,27 @@ void TDiagContainer::ApplyZoom() {
     // A surface that never zoomed gets no host for it.
     if (TGraphicHost* host = s == 1.0 ? TGraphicHost::Find(FParent) : TGraphicHost::For(FParent))
         host->SetScale(s);
-    if (!FZoomState || !FZoomState->HostKnown || !FDirectOn)
+    if (FDirectOn)
+        FitSurface();
+}
+
+void TDiagContainer::GrowSurface(const QRect& R) {
+    const QSize need = SurfaceNeed(R);
+    const bool ownMin = FZoomState && FParent->minimumSize() == FZoomState->SetMin;
+    const bool ownSize = FZoomState && FParent->size() == FZoomState->SetSize;
+    if (FParent->minimumWidth() < need.width() || FParent->minimumHeight() < need.height())
+        FParent->setMinimumSize(FParent->minimumSize().expandedTo(need));
+    if (FParent->width() < need.width() || FParent->height() < need.height())
+        FParent->resize(FParent->size().expandedTo(need));
+    // Grown for the diagram, not by the host: a zoom out may give it back.
+    if (ownMin)
+        FZoomState->SetMin = FParent->minimumSize();
+    if (ownSize)
+        FZoomState->SetSize = FParent->size();
+}
+
+void TDiagContainer::FitSurface() {
+    if (!FZoomState || !FZoomState->HostKnown)
         return;
     TZoomState& z = *FZoomState;
     // A size the host set since the zoom last did is the host's own.
