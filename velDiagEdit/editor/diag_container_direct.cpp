@@ -300,7 +300,7 @@ void TDiagContainer::ClassicHint(TDiagObject* Block, int X, int Y) {
                     .arg(MarkerName(m)));
     else
         SetHint(TDiagContainer::tr("Click to select %1; Shift-drag to move, Shift-drag the "
-                                   "bottom-right corner to resize")
+                               "bottom-right corner to resize")
                     .arg(GoodDiagObjTypeName(Block->GetDiagObjType())));
 }
 
@@ -1106,8 +1106,8 @@ void TDiagContainer::PaintDirect() {
         p->setBrush(QColor(0, 120, 215, 40));
         p->drawRect(d.Band);
     }
-    // The corner handle of the selected block.
-    // Its size is the same on screen at any zoom, so it stays easy to take.
+    // The corner handle of the selected block, the same size on screen at any zoom so that it
+    // stays easy to take.
     if (TDiagObject* b = SelObj.data(); b && b->FSelected && b->parentWidget() == FParent) {
         const double s = SurfaceScale();
         QPen pen(accent, 1);
