@@ -7,8 +7,9 @@
 //
 // The diagrams are edited directly (wires dragged from marker to marker, rubber band, moves
 // without Shift, an 8-pixel grid); View > Direct editing goes back to the classic gestures.
-// Each diagram sits in a scroll area that follows its extent, the status bar shows what the
-// mouse would do, and closing the window with unsaved steps asks to save them.
+// Each diagram sits in a scroll area that follows its extent; View > Zoom In / Zoom Out / Actual
+// Size (Ctrl++, Ctrl+-, Ctrl+0, or Ctrl+wheel on the surface) zoom it, the status bar shows the
+// zoom and what the mouse would do, and closing the window with unsaved steps asks to save them.
 //
 // --database sqlite:PATH or --database postgresql://USER@HOST:PORT/DB?table=NAME keeps the
 // diagrams in that table instead (made when missing); a diagram with no record there yet starts
@@ -30,6 +31,8 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
+#include <QKeySequence>
+#include <QLabel>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
@@ -40,6 +43,7 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QUndoGroup>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <vector>
@@ -132,6 +136,8 @@ public:
                 });
                 connect(dc, &vde::TDiagContainer::designModeChanged, this,
                         [this](bool) { ShowState(); });
+                connect(dc, &vde::TDiagContainer::zoomChanged, this,
+                        [this](double) { ShowZoom(); });
             }
         }
         ShowState();
@@ -187,6 +193,10 @@ public:
     std::vector<int> pages;
     QAction* designHere = nullptr;
     QAction* directEditing = nullptr;
+    QAction* zoomIn = nullptr;
+    QAction* zoomOut = nullptr;
+    QAction* zoomActual = nullptr;
+    QLabel* zoomLabel = nullptr;
     static constexpr int kGrid = 8;
     std::unique_ptr<ConfigTable> table;
     QUndoGroup undoGroup;
@@ -253,6 +263,41 @@ private:
                     d.Module->DiagContr->SetDirectEditing(on);
             ShowState();
         });
+        m->addSeparator();
+        // The surface takes these keys itself while it has the focus; the menu serves the rest.
+        const auto zoom = [this](void (vde::TDiagContainer::*step)()) {
+            if (DiagramTab* d = Current(); d && d->Module && d->Module->DiagContr)
+                (d->Module->DiagContr.get()->*step)();
+        };
+        zoomIn = m->addAction(QStringLiteral("Zoom &In"));
+        zoomIn->setShortcuts(
+            {QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal)});
+        connect(zoomIn, &QAction::triggered, this, [zoom] { zoom(&vde::TDiagContainer::ZoomIn); });
+        zoomOut = m->addAction(QStringLiteral("Zoom &Out"));
+        zoomOut->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Minus));
+        connect(zoomOut, &QAction::triggered, this,
+                [zoom] { zoom(&vde::TDiagContainer::ZoomOut); });
+        zoomActual = m->addAction(QStringLiteral("&Actual Size"));
+        zoomActual->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_0));
+        connect(zoomActual, &QAction::triggered, this, [this] {
+            if (DiagramTab* d = Current(); d && d->Module && d->Module->DiagContr)
+                d->Module->DiagContr->SetZoom(1.0);
+        });
+        zoomLabel = new QLabel(this);
+        statusBar()->addPermanentWidget(zoomLabel);
+    }
+
+    // The current diagram's zoom in the status bar; the zoom acts in direct editing only.
+    void ShowZoom() {
+        DiagramTab* d = Current();
+        vde::TDiagContainer* dc = d && d->Module ? d->Module->DiagContr.get() : nullptr;
+        const bool can = dc && directEditing && directEditing->isChecked();
+        for (QAction* a : {zoomIn, zoomOut, zoomActual})
+            if (a)
+                a->setEnabled(can);
+        if (zoomLabel)
+            zoomLabel->setText(can ? QStringLiteral("%1%").arg(std::lround(dc->Zoom() * 100))
+                                   : QString());
     }
 
     void ShowState() {
@@ -266,6 +311,7 @@ private:
             designHere->setChecked(on);
         }
         const bool direct = directEditing && directEditing->isChecked();
+        ShowZoom();
         if (d)
             statusBar()->showMessage(
                 QStringLiteral("%1: %2 (right-click the surface in design mode for its menu)")

@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QHash>
 #include <QPointer>
+#include <QRectF>
 #include <algorithm>
 
 namespace vde {
@@ -75,7 +76,16 @@ QString EndName(const TDiagObject* Block, int32_t Marker, LongRec Cross) {
 }
 
 QRect ScreenRect(const QWidget* Surface, const QRect& R) {
-    return Surface ? QRect(Surface->mapToGlobal(R.topLeft()), R.size()) : QRect();
+    if (!Surface)
+        return QRect();
+    // A zoomed surface shows the rectangle scaled.
+    const TGraphicHost* h = TGraphicHost::Find(Surface);
+    if (h && h->Scale() != 1.0) {
+        const double z = h->Scale();
+        const QRect d = QRectF(R.x() * z, R.y() * z, R.width() * z, R.height() * z).toAlignedRect();
+        return QRect(Surface->mapToGlobal(d.topLeft()), d.size());
+    }
+    return QRect(Surface->mapToGlobal(R.topLeft()), R.size());
 }
 
 // A block: object-bound, so Qt's cache keeps one per block and drops it with the block.
@@ -225,7 +235,7 @@ public:
     QAccessibleInterface* childAt(int X, int Y) const override {
         const QPoint p = widget()->mapFromGlobal(QPoint(X, Y));
         if (TGraphicHost* h = TGraphicHost::Find(widget()))
-            if (auto* b = qobject_cast<TDiagObject*>(h->ControlAt(p)))
+            if (auto* b = qobject_cast<TDiagObject*>(h->ControlAt(h->PointAt(p))))
                 return QAccessible::queryAccessibleInterface(b);
         return QAccessibleWidget::childAt(X, Y);
     }

@@ -1,5 +1,6 @@
 #include "velDiagEdit/editor/diag_container.h"
 #include "velDiagEdit/editor/direct_editing_p.h"
+#include "velDiagEdit/editor/zoom_state_p.h"
 
 #include "velDiagEdit/editor/diag_accessible.h"
 #include "velDiagEdit/geometry/codecs.h"

@@ -30,10 +30,11 @@
 #include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QByteArray>
-#include <QObject>
 #include <QCoreApplication>
+#include <QObject>
 #include <QPointer>
 #include <QRect>
+#include <QRegion>
 #include <QString>
 #include <QWidget>
 #include <memory>
@@ -190,6 +191,28 @@ public:
     // Pixels kept free right of and below the diagram when the surface grows to hold it.
     static constexpr int kSurfaceMargin = 40;
 
+    // ---- zoom (diag_container_zoom.cpp)
+    // 1 (100%) by default, held within kMinZoom..kMaxZoom. While direct editing is on, the
+    // surface shows the diagram at this zoom: painting, hit tests, handles, previews and the
+    // grid follow it, the surface is sized to the diagram plus the margin times the zoom, and
+    // Ctrl+wheel, Ctrl++, Ctrl+- and Ctrl+0 step it around the mouse. The model, its streams
+    // and files keep unscaled pixels. Direct editing off, the surface shows 100% (the classic
+    // gestures work in screen pixels) and the zoom comes back with direct editing. The parent's
+    // own child widgets are not zoomed.
+    static constexpr double kMinZoom = 0.25;
+    static constexpr double kMaxZoom = 4.0;
+    // Keeps the middle of the visible part of the surface in place.
+    void SetZoom(double Value);
+    double Zoom() const { return FZoom; }
+    // Zooms keeping the diagram point under Anchor (the surface's pixels) under it, by
+    // scrolling the QAbstractScrollArea whose viewport holds the surface, if there is one.
+    void ZoomAround(double Value, QPoint Anchor);
+    // One step (25, 33, 50, 67, 75, 100, 125, 150, 200, 300, 400%) in or out, around the
+    // mouse when it is over the surface, else around the middle of what shows.
+    void ZoomIn();
+    void ZoomOut();
+    double NextZoomStep(int Direction) const;
+
 Q_SIGNALS:
     // Anything in the diagram changed: a step, an undo or redo, a load.
     void diagramChanged();
@@ -197,6 +220,7 @@ Q_SIGNALS:
     void extentChanged(QRect Rect);
     void hintChanged(QString Hint);
     void designModeChanged(bool On);
+    void zoomChanged(double Zoom);
 
 public:
     // ---- live view of a simulation
@@ -341,6 +365,28 @@ private:
     void NoteSelection();
     // Emits diagramChanged, and extentChanged when the diagram's rectangle moved.
     void NoteDiagramChanged();
+    // ---- zoom and autoscroll (diag_container_zoom.cpp)
+    struct TZoomState;
+    double SurfaceScale() const;
+    QPoint ZoomAnchor() const;
+    void ZoomDirectChanged();
+    void ApplyZoom();
+    // What the surface must be to hold R and the margin, at the zoom shown.
+    QSize SurfaceNeed(const QRect& R) const;
+    // Grows the surface (never shrinks it) to hold R and the margin.
+    void GrowSurface(const QRect& R);
+    // Sizes the surface for the zoom shown.
+    void FitSurface();
+    // Repaints R (diagram pixels) of the surface.
+    void UpdateSurface(const QRect& R);
+    void UpdateSurface(const QRegion& R);
+    TPoint SurfaceToScreen(TPoint P) const;
+    static bool IsZoomKey(int Key, Qt::KeyboardModifiers Modifiers);
+    bool ZoomKeyDown(int Key, Qt::KeyboardModifiers Modifiers);
+    void NoteMouseForZoom(TShiftState Shift, TPoint P);
+    void AutoScrollTick();
+    std::unique_ptr<TZoomState> FZoomState;
+    double FZoom = 1.0;
     std::unique_ptr<TDirectEditing> FDirect;
     bool FDirectOn = false;
     bool FParentDirectHooked = false;

@@ -16,6 +16,7 @@
 
 #include <QPainter>
 #include <QPen>
+#include <QRectF>
 #include <QRegion>
 #include <algorithm>
 #include <cstdlib>
@@ -28,8 +29,11 @@ namespace {
 constexpr int kDragThreshold = 3;
 // The outward stub of a drawn wire before it turns.
 constexpr int kStub = 16;
-// How close to the bottom-right corner of the selected block a press resizes it.
+// How close to the bottom-right corner of the selected block a press resizes it (screen
+// pixels), and the side of the handle drawn there, just outside the corner so that the block
+// does not paint over it.
 constexpr int kHandleZone = 6;
+constexpr int kHandleSide = 8;
 // Clearance of routes between two markers, as the demo's wires have it.
 constexpr TPoint kRouteTol{12, 10};
 // Merge id of arrow-key moves of a selection.
@@ -162,10 +166,22 @@ TDiagObject* BlockAt(QWidget* Parent, TPoint P) {
     return host ? dynamic_cast<TDiagObject*>(host->ControlAt(QPoint(P.X, P.Y))) : nullptr;
 }
 
-bool OnHandle(const TDiagObject* b, TPoint P) {
+// The handle of block b at the zoom Scale, in diagram pixels.
+QRectF HandleRect(const TDiagObject* b, double Scale) {
     const TRect r = b->BoundsRect();
-    return std::abs(int64_t(P.X) - r.Right) <= kHandleZone &&
-           std::abs(int64_t(P.Y) - r.Bottom) <= kHandleZone;
+    return QRectF(r.Right, r.Bottom, kHandleSide / Scale, kHandleSide / Scale);
+}
+
+// On the handle (or a little around it), or within the zone around the corner.
+bool OnHandle(const TDiagObject* b, TPoint P, double Scale) {
+    const TRect r = b->BoundsRect();
+    const double zone = kHandleZone / Scale;
+    if (std::abs(double(P.X) - r.Right) <= zone && std::abs(double(P.Y) - r.Bottom) <= zone)
+        return true;
+    const double grip = 2 / Scale;
+    return HandleRect(b, Scale)
+        .adjusted(-grip, -grip, grip + 1, grip + 1)
+        .contains(QPointF(P.X, P.Y));
 }
 
 } // namespace
@@ -196,6 +212,7 @@ void TDiagContainer::SetDirectEditing(bool Value) {
         NoteSelection();
     }
     HookParentForDirect();
+    ZoomDirectChanged();
     if (Value)
         NoteDiagramChanged();
     if (FParent)
@@ -323,14 +340,8 @@ void TDiagContainer::NoteDiagramChanged() {
     }
     // The surface grows to hold the diagram and a margin, so that a scroll area around it
     // scrolls; it never shrinks below what the host made it.
-    if (FDirectOn && FParent && r.isValid()) {
-        const QSize need(std::max(0, r.right() + 1 + kSurfaceMargin),
-                         std::max(0, r.bottom() + 1 + kSurfaceMargin));
-        if (FParent->minimumWidth() < need.width() || FParent->minimumHeight() < need.height())
-            FParent->setMinimumSize(FParent->minimumSize().expandedTo(need));
-        if (FParent->width() < need.width() || FParent->height() < need.height())
-            FParent->resize(FParent->size().expandedTo(need));
-    }
+    if (FDirectOn && FParent && r.isValid())
+        GrowSurface(r);
     NoteSelection();
 }
 
@@ -403,9 +414,10 @@ void TDiagContainer::DirectMouseDown(TMouseButton Button, TShiftState Shift, TPo
         d.Marker = m;
         return;
     }
-    // The handle stands half outside the selected block's corner.
-    if (TDiagObject* s = SelObj.data();
-        s && s->FSelected && !d.Ctrl && OnHandle(s, P) && ObjList->IndexOf(s) >= 0) {
+    // The handle stands outside the selected block's corner.
+    if (TDiagObject* s = SelObj.data(); s && s->FSelected && !d.Ctrl &&
+                                        OnHandle(s, P, SurfaceScale()) &&
+                                        ObjList->IndexOf(s) >= 0) {
         d.Block = s;
         d.Kind = TDirectEditing::gkResizePress;
         d.ResizeFrom = s->BoundsRect();
@@ -428,7 +440,8 @@ void TDiagContainer::DirectMouseDown(TMouseButton Button, TShiftState Shift, TPo
     d.Kind = TDirectEditing::gkEmptyPress;
 }
 
-void TDiagContainer::DirectMouseMove(TShiftState /*Shift*/, TPoint P) {
+void TDiagContainer::DirectMouseMove(TShiftState Shift, TPoint P) {
+    NoteMouseForZoom(Shift, P);
     TDirectEditing& d = *FDirect;
     const bool far = std::max(std::llabs(int64_t(P.X) - d.Start.X),
                               std::llabs(int64_t(P.Y) - d.Start.Y)) >= kDragThreshold;
@@ -507,7 +520,7 @@ void TDiagContainer::DirectMouseUp(TMouseButton Button, TShiftState Shift, TPoin
             SelObj = b;
             if (m != 0)
                 b->SetSelMarkerIndex(m);
-            const TPoint s = ClientToScreen(FParent, P);
+            const TPoint s = SurfaceToScreen(P);
             TPopupMenu* menu = m != 0 ? pmConnections.data() : pmObjects.data();
             NoteSelection();
             if (menu)
@@ -601,7 +614,7 @@ void TDirectEditing::Repaint(TDiagContainer& C, const QRect& Now) {
         return;
     const QRect dirty = d.Painted.united(Now);
     if (!dirty.isNull())
-        C.FParent->update(dirty.adjusted(-8, -8, 8, 8));
+        C.UpdateSurface(dirty.adjusted(-8, -8, 8, 8));
     d.Painted = Now;
 }
 
@@ -614,7 +627,7 @@ void TDirectEditing::Hover(TDiagContainer& C, TPoint P) {
     TDiagObject* sel = C.SelObj.data();
     if (mb) {
         hint = TDiagContainer::tr("Drag to draw a wire from %1").arg(MarkerName(m));
-    } else if (sel && sel->FSelected && OnHandle(sel, P)) {
+    } else if (sel && sel->FSelected && OnHandle(sel, P, C.SurfaceScale())) {
         hint = TDiagContainer::tr("Drag to resize");
     } else if (TDiagObject* b = BlockAt(C.FParent, P)) {
         hint = TDiagContainer::tr("Click to select %1, drag to move it, Ctrl-click to add it")
@@ -906,7 +919,7 @@ void TDirectEditing::BandStep(TDiagContainer& C, TPoint P) {
         if (!d.Wires.contains(w))
             dirty += BoxOf(w->FPoints).adjusted(-3, -3, 3, 3);
     d.Painted = now;
-    C.FParent->update(dirty);
+    C.UpdateSurface(dirty);
 }
 
 void TDirectEditing::Cancel(TDiagContainer& C) {
@@ -979,6 +992,8 @@ bool TDiagContainer::IsDirectKey(int Key, Qt::KeyboardModifiers Modifiers) const
     const Qt::KeyboardModifiers mods = Modifiers & ~Qt::KeypadModifier;
     if (mods == Qt::ControlModifier && Key == Qt::Key_A)
         return true;
+    if (IsZoomKey(Key, Modifiers))
+        return true;
     // Escape during a gesture cancels it.
     return Key == Qt::Key_Escape && FDirect && FDirect->Kind != TDirectEditing::gkNone;
 }
@@ -999,6 +1014,8 @@ bool TDiagContainer::DirectKeyDown(int Key, Qt::KeyboardModifiers Modifiers) {
         SelectAll();
         return true;
     }
+    if (ZoomKeyDown(Key, Modifiers))
+        return true;
     if (mods & Qt::ControlModifier)
         return false;
     const int step = (mods & Qt::ShiftModifier) ? 10 : 1;
@@ -1089,12 +1106,15 @@ void TDiagContainer::PaintDirect() {
         p->setBrush(QColor(0, 120, 215, 40));
         p->drawRect(d.Band);
     }
-    // The corner handle of the selected block.
+    // The corner handle of the selected block, the same size on screen at any zoom so that it
+    // stays easy to take.
     if (TDiagObject* b = SelObj.data(); b && b->FSelected && b->parentWidget() == FParent) {
-        const TRect r = b->BoundsRect();
-        p->setPen(QPen(accent, 1));
+        const double s = SurfaceScale();
+        QPen pen(accent, 1);
+        pen.setCosmetic(true);
+        p->setPen(pen);
         p->setBrush(Qt::white);
-        p->drawRect(QRect(r.Right - 4, r.Bottom - 4, 7, 7));
+        p->drawRect(HandleRect(b, s));
     }
     p->restore();
 }

@@ -114,6 +114,17 @@ protected:
         }
         // Copy: a handler may replace or remove this hook.
         const TMouseHandlers h = Handlers;
+        const double scale = TGraphicHost::ScaleOf(w);
+        const QEvent::Type t = ev->type();
+        if (scale != 1.0 && (t == QEvent::MouseButtonPress || t == QEvent::MouseButtonDblClick ||
+                             t == QEvent::MouseMove || t == QEvent::MouseButtonRelease)) {
+            // A zoomed widget's handlers work in the coordinates of what it shows.
+            const auto* e = static_cast<QMouseEvent*>(ev);
+            QMouseEvent scaled(t, QPointF(TGraphicHost::Find(w)->PointAt(e->position())),
+                               e->scenePosition(), e->globalPosition(), e->button(), e->buttons(),
+                               e->modifiers(), e->pointingDevice());
+            return DispatchMouseEvent(watched, h, &scaled);
+        }
         return DispatchMouseEvent(watched, h, ev);
     }
 };

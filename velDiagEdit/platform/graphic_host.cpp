@@ -8,6 +8,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <algorithm>
+#include <cmath>
 #include <optional>
 
 namespace vde {
@@ -19,6 +20,9 @@ QHash<const QWidget*, TGraphicHost*>& Hosts() {
     static QHash<const QWidget*, TGraphicHost*> hosts;
     return hosts;
 }
+
+// Scaled coordinates are held within this, so that a QRect of them cannot overflow.
+constexpr double kReach = 1 << 30;
 
 // A control spanning more cells than this is kept aside rather than filed in each.
 constexpr int64_t kMaxFiledCells = 64;
@@ -254,7 +258,48 @@ void TGraphicHost::Invalidate(const QRect& r) {
         FWidget->update();
         return;
     }
-    FWidget->update(r);
+    FWidget->update(FScale == 1.0 ? r : ToDevice(r));
+}
+
+void TGraphicHost::SetScale(double Value) {
+    if (!(Value > 0.0) || Value == FScale)
+        return;
+    FScale = Value;
+    FWidget->update();
+}
+
+QPoint TGraphicHost::PointAt(const QPointF& p) const {
+    if (FScale == 1.0)
+        return p.toPoint();
+    // The logical pixel the device pixel lies in, as the handlers' whole coordinates read it.
+    const QPointF l = p / FScale;
+    return QPoint(int(std::floor(l.x())), int(std::floor(l.y())));
+}
+
+double TGraphicHost::ScaleOf(const QWidget* w) {
+    const TGraphicHost* h = Find(w);
+    return h ? h->FScale : 1.0;
+}
+
+QRect TGraphicHost::ToDevice(const QRect& r) const {
+    if (FScale == 1.0 || r.isEmpty())
+        return r;
+    // One pixel more on each side: a scaled pen or a rounded edge may reach it.
+    const double l = std::floor(r.x() * FScale) - 1, t = std::floor(r.y() * FScale) - 1;
+    const double rr = std::ceil((double(r.x()) + r.width()) * FScale) + 1;
+    const double b = std::ceil((double(r.y()) + r.height()) * FScale) + 1;
+    const auto c = [](double v) { return int(std::clamp(v, -kReach, kReach)); };
+    return QRect(QPoint(c(l), c(t)), QPoint(c(rr) - 1, c(b) - 1));
+}
+
+QRect TGraphicHost::ToLogical(const QRect& r) const {
+    if (FScale == 1.0 || r.isEmpty())
+        return r;
+    const double l = std::floor(r.x() / FScale) - 1, t = std::floor(r.y() / FScale) - 1;
+    const double rr = std::ceil((double(r.x()) + r.width()) / FScale) + 1;
+    const double b = std::ceil((double(r.y()) + r.height()) / FScale) + 1;
+    const auto c = [](double v) { return int(std::clamp(v, -kReach, kReach)); };
+    return QRect(QPoint(c(l), c(t)), QPoint(c(rr) - 1, c(b) - 1));
 }
 
 void TGraphicHost::SetFollowPalette(bool Value) {
@@ -275,7 +320,11 @@ void TGraphicHost::Paint(QPaintEvent* e) {
     std::optional<TPaletteScope> colours;
     if (FFollowPalette)
         colours.emplace(&p, FWidget->palette());
-    const QRect pr = e->rect();
+    QRect pr = e->rect();
+    if (FScale != 1.0) {
+        p.scale(FScale, FScale);
+        pr = ToLogical(pr);
+    }
     if (FPaintHandler) {
         const TRect rect{pr.left(), pr.top(), pr.left() + pr.width(), pr.top() + pr.height()};
         const TPaintScope scope(FWidget, &p, &rect);
@@ -293,7 +342,7 @@ bool TGraphicHost::DispatchMouse(QMouseEvent* e) {
     if (FCapturing) {
         target = FCapture.data();
     } else if (t == QEvent::MouseButtonPress || t == QEvent::MouseButtonDblClick) {
-        target = ControlAt(e->position().toPoint());
+        target = ControlAt(PointAt(e->position()));
         if (!target)
             return false;
         FCapturing = true;
@@ -303,7 +352,7 @@ bool TGraphicHost::DispatchMouse(QMouseEvent* e) {
         // a move with no button held (hover) goes to the control under the cursor.
         if (t != QEvent::MouseMove || e->buttons() != Qt::NoButton)
             return false;
-        target = ControlAt(e->position().toPoint());
+        target = ControlAt(PointAt(e->position()));
         // Hover the widget tracks only for its controls is not the widget's to see.
         const bool widgetWantsHover = !FTrackingForControls || FWidgetTracks;
         if (!target)
@@ -317,7 +366,7 @@ bool TGraphicHost::DispatchMouse(QMouseEvent* e) {
     }
     if (!target)
         return true; // the control pressed is gone: the rest of its gesture goes nowhere
-    const QPointF local = e->position() - QPointF(target->pos());
+    const QPointF local = ToLogical(e->position()) - QPointF(target->pos());
     QMouseEvent moved(t, local, e->scenePosition(), e->globalPosition(), e->button(), e->buttons(),
                       e->modifiers(), e->pointingDevice());
     DispatchMouseEvent(target, target->MouseHandlers, &moved);

@@ -63,6 +63,22 @@ public:
     void SetFollowPalette(bool Value);
     bool GetFollowPalette() const { return FFollowPalette; }
 
+    // Zoom of the widget's contents: the paint handler and the controls draw in their own
+    // coordinates through a painter scaled by this, asked-for repaints are mapped onto the
+    // widget, and mouse positions are divided by it before a control or the widget's mouse
+    // handlers see them. The widget paints its own background unscaled. 1 (the default) leaves
+    // every path exactly as it is without a zoom.
+    void SetScale(double Value);
+    double Scale() const { return FScale; }
+    // A point of the widget in the controls' coordinates, and a rectangle of theirs on the
+    // widget (every pixel it touches) and back.
+    QPointF ToLogical(const QPointF& p) const { return FScale == 1.0 ? p : p / FScale; }
+    QPoint PointAt(const QPointF& p) const;
+    QRect ToDevice(const QRect& r) const;
+    QRect ToLogical(const QRect& r) const;
+    // The scale of a widget's host; 1 for a widget without one.
+    static double ScaleOf(const QWidget* w);
+
     // Side of a grid cell, in pixels.
     static constexpr int kCell = 128;
 
@@ -100,6 +116,7 @@ private:
     bool FTrackingForControls = false;
     bool FWidgetTracks = false;
     bool FFollowPalette = false;
+    double FScale = 1.0;
 };
 
 } // namespace vde

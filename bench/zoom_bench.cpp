@@ -1,0 +1,108 @@
+// Repaint of a zoomed view: 10,000 blocks on an 80-pixel grid with 20,000 wires (each block
+// feeds its right-hand neighbour's first input and the block below's second), the container on
+// a panel in a shown 1920 x 1080 scroll area, design mode and direct editing on, as a host uses
+// it. The view is scrolled to the middle of the diagram; at 50% it shows four times the
+// diagram area that 100% does.
+
+#include "bench_cleanup.h"
+#include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/editor/diag_container.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <memory>
+
+using namespace vde;
+
+namespace {
+
+constexpr int kCell = 80;
+constexpr int kViewW = 1920, kViewH = 1080;
+constexpr int kBlocks = 10000;
+
+struct ZoomedSurface {
+    int Cols = 100;
+    QScrollArea area;
+    QWidget* panel = new QWidget;
+    TCanvas canvas;
+    std::unique_ptr<TDiagContainer> dc;
+    std::vector<TDiagObject*> blocks;
+
+    ZoomedSurface() {
+        const int rows = (kBlocks + Cols - 1) / Cols;
+        panel->resize(Cols * kCell, rows * kCell);
+        QPalette pal = panel->palette();
+        pal.setColor(QPalette::Window, Qt::white);
+        panel->setPalette(pal);
+        panel->setAutoFillBackground(true);
+        area.setFrameShape(QFrame::NoFrame);
+        area.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        area.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        area.setWidget(panel);
+        area.resize(kViewW, kViewH);
+        canvas.SetHandle(panel);
+        dc = std::make_unique<TDiagContainer>(panel, &canvas, nullptr);
+        static const TDiagObjectType kinds[] = {doAndLogic, doOrLogic, doText, doRSTrigger};
+        for (int i = 0; i < kBlocks; ++i) {
+            const int x = (i % Cols) * kCell + 10, y = (i / Cols) * kCell + 10;
+            TDiagObject* b = dc->CreateObjByDiagType(kinds[i % 4], {x, y, x + 50, y + 60});
+            if (auto* t = dynamic_cast<TDiagText*>(b); t && t->FInCount == 0) {
+                t->SetInCount(2);
+                t->SetOutCount(1);
+            }
+            dc->AssignObjEvents(b);
+            blocks.push_back(b);
+        }
+        for (int i = 0; i < kBlocks; ++i) {
+            TDiagObject* s = blocks[size_t(i)];
+            new TDiagObjConnection(dc->ConList.get(), s, 1, blocks[size_t((i + 1) % kBlocks)], -1,
+                                   TPoint{10, 10}, 0, 0, 0);
+            new TDiagObjConnection(dc->ConList.get(), s, 1, blocks[size_t((i + Cols) % kBlocks)],
+                                   -2, TPoint{10, 10}, 0, 0, 0);
+        }
+        dc->SetDesignMode(true);
+        dc->SetDirectEditing(true);
+        area.show();
+        QApplication::processEvents();
+    }
+
+    // The view's rectangle on the panel at zoom z, around the diagram's middle.
+    QRect ViewAt(double z) {
+        dc->SetZoom(z);
+        QApplication::processEvents();
+        const int mid = Cols * kCell / 2;
+        const QPoint at(std::max(0, int(mid * z) - kViewW / 2),
+                        std::max(0, int(mid * z) - kViewH / 2));
+        area.horizontalScrollBar()->setValue(at.x());
+        area.verticalScrollBar()->setValue(at.y());
+        QApplication::processEvents();
+        return QRect(panel->mapFrom(area.viewport(), QPoint(0, 0)), QSize(kViewW, kViewH));
+    }
+};
+
+ZoomedSurface& Shared() {
+    static std::unique_ptr<ZoomedSurface> s;
+    static const bool cleanup = [] {
+        BenchCleanups().push_back([] { s.reset(); });
+        return true;
+    }();
+    (void)cleanup;
+    if (!s)
+        s = std::make_unique<ZoomedSurface>();
+    return *s;
+}
+
+// Argument: the zoom in percent.
+void BM_ZoomRepaintView(benchmark::State& state) {
+    ZoomedSurface& s = Shared();
+    const QRect view = s.ViewAt(double(state.range(0)) / 100.0);
+    for (auto _ : state)
+        s.panel->repaint(view);
+}
+BENCHMARK(BM_ZoomRepaintView)->Arg(100)->Arg(50)->Arg(25)->Arg(200)->Unit(benchmark::kMillisecond);
+
+} // namespace
