@@ -371,8 +371,8 @@ void TdmDiagActions::RememberStored(const QString& AName, const QString& Place,
     FStoredPlace = Place;
     FStoredFingerprint = Fingerprint;
     // What is stored now is this module's own: nothing reported before is news any more.
-    FElsewhereFingerprint.clear();
-    FKeptFingerprint.clear();
+    FElsewhere.reset();
+    FKept.reset();
     if (FLiveReload)
         WatchStoredPlace();
 }
@@ -485,8 +485,8 @@ void TdmDiagActions::SetLiveReload(bool Value) {
         StopWatching();
         if (FCheckTimer)
             FCheckTimer->stop();
-        FElsewhereFingerprint.clear();
-        FKeptFingerprint.clear();
+        FElsewhere.reset();
+        FKept.reset();
         return;
     }
     // Nothing loaded or saved yet: the watch starts with the first load or save.
@@ -563,24 +563,23 @@ void TdmDiagActions::CheckStoredDiagram() {
 }
 
 void TdmDiagActions::CheckStoredNow() {
-    {
-        const TStorageKind storage = CurrentStorage();
-        // The place may have been moved by a rename of the file replaced: watch it again.
-        WatchStoredPlace();
-        const QString stored = storage.Fingerprint(FStoredName.isEmpty() ? GetName() : FStoredName);
-        if (stored == FStoredFingerprint || stored == FElsewhereFingerprint ||
-            stored == FKeptFingerprint)
-            return;
-        if (DiagContr->UndoStack()->isClean()) {
-            ReloadKeepingView(storage);
-            if (OnReloaded)
-                OnReloaded(this);
-            return;
-        }
-        FElsewhereFingerprint = stored;
-        if (OnChangedElsewhere)
-            OnChangedElsewhere(this);
+    const TStorageKind storage = CurrentStorage();
+    // A file replaced by a rename is no longer the one watched: watch the path again.
+    WatchStoredPlace();
+    const QString stored = storage.Fingerprint(FStoredName.isEmpty() ? GetName() : FStoredName);
+    // The empty fingerprint (removed by someone else) is a version like any other.
+    if (stored == FStoredFingerprint || (FElsewhere && stored == *FElsewhere) ||
+        (FKept && stored == *FKept))
+        return;
+    if (DiagContr->UndoStack()->isClean()) {
+        ReloadKeepingView(storage);
+        if (OnReloaded)
+            OnReloaded(this);
+        return;
     }
+    FElsewhere = stored;
+    if (OnChangedElsewhere)
+        OnChangedElsewhere(this);
 }
 
 void TdmDiagActions::ReloadKeepingView(const TStorageKind& Storage) {
@@ -629,10 +628,10 @@ void TdmDiagActions::ReloadChangedDiagram() {
 }
 
 void TdmDiagActions::KeepMine() {
-    if (FElsewhereFingerprint.isEmpty())
+    if (!FElsewhere)
         return;
-    FKeptFingerprint = FElsewhereFingerprint;
-    FElsewhereFingerprint.clear();
+    FKept = FElsewhere;
+    FElsewhere.reset();
 }
 
 void TdmDiagActions::LoadDiagramEx(const QString& /*AName*/, const QString& /*ATabName*/) {

@@ -32,6 +32,7 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace vde {
 
@@ -136,7 +137,7 @@ public:
     std::function<void(TdmDiagActions* Module)> OnChangedElsewhere;
     std::function<void(TdmDiagActions* Module)> OnReloaded;
     // A change by someone else was reported and not yet answered.
-    bool HasChangeElsewhere() const { return !FElsewhereFingerprint.isEmpty(); }
+    bool HasChangeElsewhere() const { return FElsewhere.has_value(); }
     // Drops this diagram and its undo steps and loads the stored one, keeping the view as a
     // live reload does. Raises what a load raises; the diagram stays as it was then.
     void ReloadChangedDiagram();
@@ -292,9 +293,10 @@ private:
     QString FStoredPlace;
     QString FStoredName;
     bool FLiveReload = false;
-    // The stored version last reported through OnChangedElsewhere or kept by KeepMine.
-    QString FElsewhereFingerprint;
-    QString FKeptFingerprint;
+    // The stored version last reported through OnChangedElsewhere, and the one kept by
+    // KeepMine (an empty fingerprint: removed).
+    std::optional<QString> FElsewhere;
+    std::optional<QString> FKept;
     std::unique_ptr<QFileSystemWatcher> FWatcher;
     std::unique_ptr<QTimer> FCheckTimer;
     // Set while a reload runs, so that its own events are not taken for news.
