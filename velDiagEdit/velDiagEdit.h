@@ -68,6 +68,7 @@
 #include "velDiagEdit/timechart/time_chart_export.h"
 #include "velDiagEdit/timechart/time_chart_sample.h"
 
+#include "velDiagEdit/package/changed_elsewhere_bar.h"
 #include "velDiagEdit/package/diag_package.h"
 #include "velDiagEdit/package/diag_storage_events.h"
 #include "velDiagEdit/package/diagram_widget.h"

@@ -43,6 +43,7 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QUndoGroup>
+#include <QVBoxLayout>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -57,6 +58,8 @@ struct DiagramTab {
     QWidget* Panel = nullptr;
     std::unique_ptr<vde::TCanvas> Canvas;
     vde::TdmDiagActions* Module = nullptr;
+    // Above the diagram while someone else's save waits for Reload or Keep mine.
+    vde::TChangedElsewhereBar* Bar = nullptr;
 };
 
 class DemoWindow : public QMainWindow {
@@ -83,7 +86,14 @@ public:
             auto* area = new QScrollArea;
             area->setWidgetResizable(true);
             area->setWidget(d.Panel);
-            tabs->addTab(area, d.Name);
+            auto* page = new QWidget;
+            auto* column = new QVBoxLayout(page);
+            column->setContentsMargins(0, 0, 0, 0);
+            column->setSpacing(0);
+            d.Bar = new vde::TChangedElsewhereBar(page);
+            column->addWidget(d.Bar);
+            column->addWidget(area, 1);
+            tabs->addTab(page, d.Name);
         }
         for (const DemoPage& page : DemoPages())
             pages.push_back(tabs->addTab(page.Create(), page.Title));
@@ -115,6 +125,18 @@ public:
                             ? QStringLiteral("%1: %2").arg(
                                   name, vde::ConflictChoiceName(vde::TConflictChoice(choice)))
                             : QStringLiteral("%1: your version was saved as %2").arg(name, copy));
+                });
+        // Someone else's save reloads an unchanged diagram at once, or asks through the bar.
+        vde::SetLiveReload(true);
+        connect(vde::DiagStorageEvents(), &vde::TDiagStorageEvents::ChangedElsewhere, this,
+                [this](const QString& name) {
+                    for (DiagramTab& d : diagrams)
+                        if (d.Name.compare(name, Qt::CaseInsensitive) == 0 && d.Bar)
+                            d.Bar->ShowFor(d.Name);
+                });
+        connect(vde::DiagStorageEvents(), &vde::TDiagStorageEvents::Reloaded, this,
+                [this](const QString& name) {
+                    statusBar()->showMessage(vde::TChangedElsewhereBar::ReloadedText(name));
                 });
         for (DiagramTab& d : diagrams) {
             if (!table)

@@ -7,15 +7,22 @@
 #include "commands.h"
 #include "diagram_surface.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <QFileSystemWatcher>
 #include <QRegularExpression>
+#include <QSocketNotifier>
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <QTimer>
 #include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <unistd.h>
 
 namespace veldiag {
 
@@ -263,13 +270,160 @@ int Put(const QStringList& args) {
                          expected.isEmpty() ? QStringLiteral("none") : expected));
             return kExitConflict;
         }
+        vde::NotifyDiagramSaved(&t.Data(), values);
         Out(vde::ContentFingerprint(data));
         return kExitOk;
     }
     vde::TMemoryStream stream(std::vector<uint8_t>(data.begin(), data.end()));
     stream.SetPosition(0);
     vde::WriteDataFromStream(&field, &stream, fields, values);
+    vde::NotifyDiagramSaved(&t.Data(), values);
     return kExitOk;
+}
+
+// SIGINT and SIGTERM end a watch through the event loop: the handler only writes to a pipe.
+int gSignalPipe[2] = {-1, -1};
+
+void OnStopSignal(int) {
+    const char c = 1;
+    [[maybe_unused]] const ssize_t n = ::write(gSignalPipe[1], &c, 1);
+}
+
+int Watch(const QStringList& args) {
+    QCommandLineParser parser;
+    DbOptions o;
+    parser.setApplicationDescription(QStringLiteral(
+        "Watches the diagram NAME of the table and prints a line \"TIME NAME FINGERPRINT\" (UTC "
+        "time in ISO 8601 with milliseconds; \"none\" when nothing is stored) each time the "
+        "stored diagram changes, until interrupted (SIGINT or SIGTERM: exit status 0) or, with "
+        "--count N, after N changes. On PostgreSQL it listens to the notifications that saves "
+        "send; on SQLite it watches the database file and reads the record every --interval "
+        "milliseconds as well. A line \"watching NAME FINGERPRINT\" goes to standard error "
+        "once the watch is in place. The table is not changed."));
+    parser.addPositionalArgument(QStringLiteral("NAME"), QStringLiteral("The diagram's name."));
+    const QCommandLineOption count(QStringLiteral("count"),
+                                   QStringLiteral("Stop after N changes (default: never)."),
+                                   QStringLiteral("N"));
+    const QCommandLineOption interval(
+        QStringLiteral("interval"),
+        QStringLiteral("SQLite: read the record every MS milliseconds as well (default 1000)."),
+        QStringLiteral("MS"), QStringLiteral("1000"));
+    parser.addOption(count);
+    parser.addOption(interval);
+    o.AddTo(parser);
+    ParseCommand(parser, args, 1, 1);
+    const QString name = parser.positionalArguments().at(0);
+    CheckName(name);
+    bool ok = true;
+    const int maxChanges = parser.isSet(count) ? parser.value(count).toInt(&ok) : 0;
+    if (!ok || maxChanges < 0 || (parser.isSet(count) && maxChanges == 0))
+        throw UsageError(
+            QStringLiteral("--count \"%1\" is not a positive number").arg(parser.value(count)));
+    const int pollMs = parser.value(interval).toInt(&ok);
+    if (!ok || pollMs < 10 || pollMs > 3600000)
+        throw UsageError(QStringLiteral("--interval \"%1\" is not a number of milliseconds "
+                                        "from 10 to 3600000")
+                             .arg(parser.value(interval)));
+    const Target target = TargetOf(parser, o);
+    Table t(target);
+    const auto [fields, values] = t.Keys(name);
+    vde::TField& field = t.DataField();
+    const auto stored = [&, fields = fields, values = values]() -> QString {
+        if (!t.Data().Locate(fields, Values(values)))
+            return QString();
+        vde::TBytes bytes;
+        if (vde::ReadBlobData(&field, bytes) <= 0)
+            return QString();
+        return vde::ContentFingerprint(bytes.data(), int64_t(bytes.size()));
+    };
+    const auto shown = [](const QString& f) { return f.isEmpty() ? QStringLiteral("none") : f; };
+
+    if (::pipe(gSignalPipe) != 0)
+        throw ToolError(QStringLiteral("cannot watch"), QStringLiteral("no pipe for signals"));
+    struct sigaction sa = {};
+    sa.sa_handler = OnStopSignal;
+    sigemptyset(&sa.sa_mask);
+    ::sigaction(SIGINT, &sa, nullptr);
+    ::sigaction(SIGTERM, &sa, nullptr);
+    QSocketNotifier stop(gSignalPipe[0], QSocketNotifier::Read);
+    QObject::connect(&stop, &QSocketNotifier::activated, [] { QCoreApplication::exit(kExitOk); });
+
+    QString last = stored();
+    int changes = 0;
+    int rc = kExitOk;
+    const auto check = [&] {
+        try {
+            const QString now = stored();
+            if (now == last)
+                return;
+            last = now;
+            Out(QStringLiteral("%1 %2 %3")
+                    .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs), name,
+                         shown(now)));
+            std::fflush(stdout);
+            if (maxChanges > 0 && ++changes >= maxChanges)
+                QCoreApplication::exit(kExitOk);
+        } catch (const vde::Exception& e) {
+            // A database locked by a writer for a moment: the next event or poll reads again.
+            Err(QStringLiteral("veldiag db watch: %1").arg(e.Message()));
+        }
+    };
+    QTimer poll;
+    QFileSystemWatcher files;
+    QSqlDatabase db = QSqlDatabase::database(kConnection, false);
+    const QString channel = QString::fromLatin1(vde::kDiagramSavedChannel);
+    if (IsSqlite(target.Url)) {
+        const QString file = QFileInfo(target.Url.DatabaseName).absoluteFilePath();
+        const auto watch = [&files, file] {
+            for (const QString& f :
+                 {file, file + QStringLiteral("-wal"), QFileInfo(file).absolutePath()})
+                if (QFileInfo::exists(f) && !files.files().contains(f) &&
+                    !files.directories().contains(f))
+                    files.addPath(f);
+        };
+        watch();
+        // watch is local to this block: the handlers keep their own copies.
+        QObject::connect(&files, &QFileSystemWatcher::fileChanged, [watch, &check] {
+            watch();
+            check();
+        });
+        QObject::connect(&files, &QFileSystemWatcher::directoryChanged, [watch, &check] {
+            watch();
+            check();
+        });
+        QObject::connect(&poll, &QTimer::timeout, check);
+        poll.start(pollMs);
+    } else {
+        QSqlDriver* driver = db.driver();
+        if (!driver->subscribeToNotification(channel))
+            throw vde::EDatabaseError(QStringLiteral("Cannot listen on \"%1\": %2")
+                                          .arg(channel, driver->lastError().text()));
+        QObject::connect(driver, &QSqlDriver::notification,
+                         [&](const QString& n, QSqlDriver::NotificationSource, const QVariant& p) {
+                             if (n == channel && p.toString() == values)
+                                 check();
+                         });
+        // A notification that came while a read of ours ran waits in the client library's
+        // queue with no socket activity to announce it; the driver's handler drains it.
+        QObject::connect(&poll, &QTimer::timeout, [driver, &db, &check, &channel] {
+            if (!db.isOpen())
+                return;
+            if (!driver->subscribedToNotifications().contains(channel)) {
+                driver->subscribeToNotification(channel);
+                check();
+                return;
+            }
+            QMetaObject::invokeMethod(driver, "_q_handleNotification", Qt::DirectConnection);
+        });
+        poll.start(1000);
+    }
+    Err(QStringLiteral("watching %1 %2").arg(name, shown(last)));
+    rc = QCoreApplication::exec();
+    ::signal(SIGINT, SIG_DFL);
+    ::signal(SIGTERM, SIG_DFL);
+    ::close(gSignalPipe[0]);
+    ::close(gSignalPipe[1]);
+    return rc;
 }
 
 int List(const QStringList& args) {
@@ -386,9 +540,11 @@ int RunDb(const QStringList& args) {
         return List(rest);
     if (sub == QLatin1String("init"))
         return Init(rest);
+    if (sub == QLatin1String("watch"))
+        return Watch(rest);
     if (sub == QLatin1String("--help") || sub == QLatin1String("-h")) {
         Out(QStringLiteral(
-            "Usage: veldiag db init|get|put|list --database URL [options] ...\n"
+            "Usage: veldiag db init|get|put|list|watch --database URL [options] ...\n"
             "\n"
             "Copies diagrams between files and a configuration table, keyed as the library's\n"
             "table storage keys them (Section = frmMain.<tab>.<name>, Key = DiagramChart, the\n"
@@ -400,14 +556,16 @@ int RunDb(const QStringList& args) {
             "  put FILE NAME   store the diagram file FILE as NAME (--if-fingerprint H: only\n"
             "                  over the diagram get printed H for; exit status 3 otherwise)\n"
             "  list            list the diagrams of the tab\n"
+            "  watch NAME      print a line each time the stored diagram NAME changes\n"
+            "                  (--count N: stop after N changes)\n"
             "\n"
             "'veldiag db <subcommand> --help' describes a subcommand."));
         return kExitOk;
     }
     throw UsageError(
         sub.isEmpty()
-            ? QStringLiteral("missing subcommand: init, get, put or list")
-            : QStringLiteral("unknown subcommand \"%1\": init, get, put or list").arg(sub));
+            ? QStringLiteral("missing subcommand: init, get, put, list or watch")
+            : QStringLiteral("unknown subcommand \"%1\": init, get, put, list or watch").arg(sub));
 }
 
 } // namespace veldiag

@@ -14,6 +14,22 @@
 //     A fingerprint "-" is the empty one (nothing stored). --answer none (the default) leaves
 //     the process without a dialog service, so a conflict raises.
 //
+//   vde_storage_host show --medium file|sqlite|postgresql (--dir DIR | --database URL)
+//                         [--live] [--check] [--answer ...]
+//     the diagram's panel in a shown scroll area, with the event loop running (live reload, when
+//     --live turns it on, works through it); commands come on standard input as for session,
+//     plus:
+//       places      -> "places <fingerprint> <blocks>"   what is shown now, nothing loaded
+//       select I    -> "selected <key>"                  the I-th block is the selected one
+//       scroll X Y  -> "view <x>,<y> <selected keys>"    the scroll area's position
+//       view        -> "view <x>,<y> <selected keys>"    ("-" for no selected block)
+//       reload      -> "places ..."                     the answer Reload to a change elsewhere
+//       keep        -> "kept"                           the answer Keep mine
+//       canundo     -> "canundo 0|1"                    whether there is a step to undo
+//     and prints, whenever they happen:
+//       "reloaded <fingerprint> <blocks>"  the diagram was reloaded after a save elsewhere
+//       "changed <name>"                   a save elsewhere met unsaved changes here
+//
 //   vde_storage_host churn --medium file|text|sqlite (--dir DIR | --database URL)
 //                          --versions DIR [--side N]
 //     builds a sheet of N x N gates (default 100: 10,000 blocks), writes the two stored forms it
@@ -38,12 +54,16 @@
 #include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSocketNotifier>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <cstdio>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <unistd.h>
 
 using namespace vde;
 
@@ -87,42 +107,82 @@ QByteArray StreamOf(TDiagContainer& dc) {
     return QByteArray(reinterpret_cast<const char*>(s.Memory()), qsizetype(s.Bytes().size()));
 }
 
-int Session(TdmDiagActions* m, QWidget& panel, TCanvas& canvas) {
-    TMenuItem andItem(nullptr);
-    andItem.Tag = doAndLogic;
-    QObject::connect(DiagStorageEvents(), &TDiagStorageEvents::ConflictResolved,
-                     [](const QString&, int choice, const QString& copy) {
-                         const char* names[] = {"Cancel", "Overwrite", "Reload", "SaveAsCopy"};
-                         Say(QStringLiteral("resolved %1 %2")
-                                 .arg(QLatin1String(names[choice & 3]),
-                                      copy.isEmpty() ? QStringLiteral("-") : copy));
-                     });
-    std::string line;
-    while (std::getline(std::cin, line)) {
+QString PlacesOf(TDiagContainer& dc) {
+    QStringList places;
+    for (int i = 0; i < dc.ObjList->Count(); ++i) {
+        const QPoint p = dc.ObjList->Items(i)->pos();
+        places << QStringLiteral("%1,%2").arg(p.x()).arg(p.y());
+    }
+    return places.join(QLatin1Char(';'));
+}
+
+// One host's commands; false once it is to quit.
+class TCommands {
+public:
+    TCommands(TdmDiagActions* m, QWidget& panel, TCanvas& canvas, QScrollArea* area)
+        : FModule(m), FPanel(panel), FCanvas(canvas), FArea(area) {
+        FAnd.Tag = doAndLogic;
+        QObject::connect(DiagStorageEvents(), &TDiagStorageEvents::ConflictResolved,
+                         [](const QString&, int choice, const QString& copy) {
+                             const char* names[] = {"Cancel", "Overwrite", "Reload", "SaveAsCopy"};
+                             Say(QStringLiteral("resolved %1 %2")
+                                     .arg(QLatin1String(names[choice & 3]),
+                                          copy.isEmpty() ? QStringLiteral("-") : copy));
+                         });
+        QObject::connect(DiagStorageEvents(), &TDiagStorageEvents::Reloaded,
+                         [this](const QString&) {
+                             Say(QStringLiteral("reloaded %1 %2")
+                                     .arg(Print(FModule->GetStoredFingerprint()),
+                                          PlacesOf(*FModule->DiagContr)));
+                         });
+        QObject::connect(DiagStorageEvents(), &TDiagStorageEvents::ChangedElsewhere,
+                         [](const QString& name) { Say(QStringLiteral("changed ") + name); });
+    }
+
+    bool Run(const std::string& line) {
         const QStringList words =
             QString::fromStdString(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
         if (words.isEmpty())
-            continue;
+            return true;
         const QString& cmd = words[0];
+        TdmDiagActions*& m = FModule;
         try {
             if (cmd == QLatin1String("load")) {
-                m = CreateAndLoadDiagActions(kName, &panel, &canvas, true);
-                QStringList places;
-                for (int i = 0; i < m->DiagContr->ObjList->Count(); ++i) {
-                    const QPoint p = m->DiagContr->ObjList->Items(i)->pos();
-                    places << QStringLiteral("%1,%2").arg(p.x()).arg(p.y());
-                }
+                m = CreateAndLoadDiagActions(kName, &FPanel, &FCanvas, true);
                 Say(QStringLiteral("loaded %1 %2")
-                        .arg(Print(m->GetStoredFingerprint()), places.join(QLatin1Char(';'))));
+                        .arg(Print(m->GetStoredFingerprint()), PlacesOf(*m->DiagContr)));
             } else if (cmd == QLatin1String("add") && words.size() == 3 && m) {
                 m->DiagContr->FClickPoint = {words[1].toInt(), words[2].toInt()};
-                m->DiagContr->CreateDiagObEvent(&andItem);
+                m->DiagContr->CreateDiagObEvent(&FAnd);
                 Say(QStringLiteral("added %1").arg(m->DiagContr->ObjList->Count()));
             } else if (cmd == QLatin1String("save") && m) {
                 SaveDiagActionsDiagrams(QString());
                 Say(QStringLiteral("saved %1").arg(Print(m->GetStoredFingerprint())));
+            } else if (cmd == QLatin1String("places") && m) {
+                Places();
+            } else if (cmd == QLatin1String("select") && words.size() == 2 && m) {
+                TDiagContainer& dc = *m->DiagContr;
+                TDiagObject* b = dc.ObjList->Items(words[1].toInt());
+                dc.ObjList->DeselectAll(b);
+                b->SetSelected(true);
+                dc.SelObj = b;
+                Say(QStringLiteral("selected %1").arg(b->GetObjKey()));
+            } else if (cmd == QLatin1String("scroll") && words.size() == 3 && FArea) {
+                FArea->horizontalScrollBar()->setValue(words[1].toInt());
+                FArea->verticalScrollBar()->setValue(words[2].toInt());
+                View();
+            } else if (cmd == QLatin1String("view") && FArea && m) {
+                View();
+            } else if (cmd == QLatin1String("reload") && m) {
+                ReloadChangedDiagram(kName);
+                Places();
+            } else if (cmd == QLatin1String("canundo") && m) {
+                Say(QStringLiteral("canundo %1").arg(CanUndoDiagram() ? 1 : 0));
+            } else if (cmd == QLatin1String("keep") && m) {
+                KeepMyDiagram(kName);
+                Say(QStringLiteral("kept"));
             } else if (cmd == QLatin1String("quit")) {
-                return 0;
+                return false;
             } else {
                 Say(QStringLiteral("error unknown command %1").arg(QString::fromStdString(line)));
             }
@@ -131,8 +191,67 @@ int Session(TdmDiagActions* m, QWidget& panel, TCanvas& canvas) {
         } catch (const Exception& e) {
             Say(QStringLiteral("error ") + e.Message());
         }
+        return true;
     }
+
+private:
+    void Places() {
+        Say(QStringLiteral("places %1 %2")
+                .arg(Print(FModule->GetStoredFingerprint()), PlacesOf(*FModule->DiagContr)));
+    }
+    void View() {
+        QStringList keys;
+        if (FModule && FModule->DiagContr)
+            for (TDiagObject* b : FModule->DiagContr->SelectedBlocks())
+                keys << QString::number(b->GetObjKey());
+        Say(QStringLiteral("view %1,%2 %3")
+                .arg(FArea->horizontalScrollBar()->value())
+                .arg(FArea->verticalScrollBar()->value())
+                .arg(keys.isEmpty() ? QStringLiteral("-") : keys.join(QLatin1Char(','))));
+    }
+
+    TdmDiagActions* FModule;
+    QWidget& FPanel;
+    TCanvas& FCanvas;
+    QScrollArea* FArea;
+    TMenuItem FAnd{nullptr};
+};
+
+int Session(TdmDiagActions* m, QWidget& panel, TCanvas& canvas) {
+    TCommands commands(m, panel, canvas, nullptr);
+    std::string line;
+    while (std::getline(std::cin, line))
+        if (!commands.Run(line))
+            return 0;
     return 0;
+}
+
+// The commands come through the event loop, so that the watchers and notifications are served
+// between them.
+int Show(TdmDiagActions* m, QWidget& panel, TCanvas& canvas, QScrollArea& area) {
+    TCommands commands(m, panel, canvas, &area);
+    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+    std::string pending;
+    QObject::connect(&input, &QSocketNotifier::activated, [&] {
+        char buf[4096];
+        const ssize_t n = ::read(STDIN_FILENO, buf, sizeof buf);
+        if (n <= 0) {
+            input.setEnabled(false);
+            QCoreApplication::quit();
+            return;
+        }
+        pending.append(buf, size_t(n));
+        for (size_t eol; (eol = pending.find('\n')) != std::string::npos;) {
+            const std::string line = pending.substr(0, eol);
+            pending.erase(0, eol + 1);
+            if (!commands.Run(line)) {
+                input.setEnabled(false);
+                QCoreApplication::quit();
+                return;
+            }
+        }
+    });
+    return QCoreApplication::exec();
 }
 
 int Churn(TdmDiagActions* m, const QString& medium, const QString& dir, const QString& versions,
@@ -254,12 +373,13 @@ int main(int argc, char** argv) {
     const QCommandLineOption dirOpt(QStringLiteral("dir"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption database(QStringLiteral("database"), QString(), QStringLiteral("URL"));
     const QCommandLineOption check(QStringLiteral("check"));
+    const QCommandLineOption live(QStringLiteral("live"));
     const QCommandLineOption answer(QStringLiteral("answer"), QString(), QStringLiteral("A"),
                                     QStringLiteral("none"));
     const QCommandLineOption versions(QStringLiteral("versions"), QString(), QStringLiteral("D"));
     const QCommandLineOption side(QStringLiteral("side"), QString(), QStringLiteral("N"),
                                   QStringLiteral("100"));
-    p.addOptions({medium, dirOpt, database, check, answer, versions, side});
+    p.addOptions({medium, dirOpt, database, check, live, answer, versions, side});
     p.addPositionalArgument(QStringLiteral("mode"), QString());
     p.process(app);
     const QString mode = p.positionalArguments().value(0);
@@ -289,11 +409,21 @@ int main(int argc, char** argv) {
             SetDialogService(service.get());
         }
         QObject owner;
-        QWidget panel;
+        // Shown in a scroll area far smaller than the panel, so that there is a view to keep.
+        QScrollArea area;
+        auto* shownPanel = new QWidget;
+        shownPanel->resize(3000, 3000);
+        area.setWidget(shownPanel);
+        area.resize(400, 300);
+        QWidget hiddenPanel;
+        QWidget& panel = mode == QLatin1String("show") ? *shownPanel : hiddenPanel;
+        if (mode == QLatin1String("show"))
+            area.show();
         TCanvas canvas;
         canvas.SetHandle(&panel);
         CreateDiagActionsList(&owner, data.get(), data ? QStringLiteral("Config") : QString());
         SetConflictCheck(p.isSet(check));
+        SetLiveReload(p.isSet(live));
         // Nothing is read before the first "load": two hosts started together would otherwise
         // both append the missing record, and the second would fail on the unique keys.
         TdmDiagActions* m =
@@ -301,6 +431,8 @@ int main(int argc, char** argv) {
         int rc = 2;
         if (mode == QLatin1String("session"))
             rc = Session(m, panel, canvas);
+        else if (mode == QLatin1String("show"))
+            rc = Show(m, panel, canvas, area);
         else if (mode == QLatin1String("churn"))
             rc = Churn(m, kind, p.value(dirOpt), p.value(versions), p.value(side).toInt());
         else if (mode == QLatin1String("outage"))

@@ -11,7 +11,10 @@
 #include "velDiagEdit/platform/streams.h"
 #include "velDiagEdit/platform/translations.h"
 
+#include <QAbstractScrollArea>
 #include <QMenuBar>
+#include <QScrollBar>
+#include <QSet>
 
 namespace vde {
 
@@ -318,7 +321,7 @@ void TdmDiagActions::SaveDiagram(const QString& AName) {
     }
     const QByteArray bytes = DiagramBytes();
     SaveBytesToFile(file, bytes);
-    RememberStored(file, ContentFingerprint(bytes));
+    RememberStored(AName, file, ContentFingerprint(bytes));
 }
 
 void TdmDiagActions::LoadDiagram(const QString& AName) {
@@ -338,11 +341,11 @@ void TdmDiagActions::LoadDiagramFile(const QString& AName, bool AClearWhenMissin
             all.CopyFrom(in, 0);
         bytes = ToQBytes(all.Bytes());
     } else if (!AClearWhenMissing) {
-        RememberStored(file, QString());
+        RememberStored(AName, file, QString());
         return;
     }
     LoadStoredBytes(bytes, AClearWhenMissing);
-    RememberStored(file, ContentFingerprint(bytes));
+    RememberStored(AName, file, ContentFingerprint(bytes));
 }
 
 QByteArray TdmDiagActions::DiagramBytes() {
@@ -362,9 +365,16 @@ void TdmDiagActions::LoadStoredBytes(const QByteArray& Bytes, bool AClearWhenEmp
     dc.LoadFromStream(stream);
 }
 
-void TdmDiagActions::RememberStored(const QString& Place, const QString& Fingerprint) {
+void TdmDiagActions::RememberStored(const QString& AName, const QString& Place,
+                                    const QString& Fingerprint) {
+    FStoredName = AName;
     FStoredPlace = Place;
     FStoredFingerprint = Fingerprint;
+    // What is stored now is this module's own: nothing reported before is news any more.
+    FElsewhere.reset();
+    FKept.reset();
+    if (FLiveReload)
+        WatchStoredPlace();
 }
 
 TdmDiagActions::TStorageKind TdmDiagActions::FileStorage() {
@@ -374,6 +384,9 @@ TdmDiagActions::TStorageKind TdmDiagActions::FileStorage() {
         return WriteFileIfUnchanged(DiagramFileName(AName), Bytes, Expected);
     };
     kind.Reload = [this](const QString& AName) { LoadDiagramFile(AName, true); };
+    kind.Fingerprint = [this](const QString& AName) {
+        return FileFingerprint(DiagramFileName(AName));
+    };
     return kind;
 }
 
@@ -388,7 +401,7 @@ void TdmDiagActions::SaveChecked(const QString& AName, const TStorageKind& Stora
     for (;;) {
         const TConditionalWrite done = Storage.Store(name, bytes, expected);
         if (done.Written) {
-            RememberStored(place, ContentFingerprint(bytes));
+            RememberStored(name, place, ContentFingerprint(bytes));
             if (overwriting && OnConflictResolved)
                 OnConflictResolved(this, ccOverwrite, QString());
             return;
@@ -447,6 +460,178 @@ void TdmDiagActions::SaveChecked(const QString& AName, const TStorageKind& Stora
             OnConflictResolved(this, choice, QString());
         return;
     }
+}
+
+// ---- live reload ------------------------------------------------------------------------------
+
+namespace {
+
+// A burst of watcher events (a save's link, rename and folder change) is checked once.
+constexpr int kCheckDelayMs = 50;
+constexpr int kCheckRetries = 5;
+constexpr int kRetryDelayMs = 300;
+
+} // namespace
+
+TdmDiagActions::TStorageKind TdmDiagActions::CurrentStorage() {
+    return FileStorage();
+}
+
+void TdmDiagActions::SetLiveReload(bool Value) {
+    if (Value == FLiveReload)
+        return;
+    FLiveReload = Value;
+    if (!Value) {
+        StopWatching();
+        if (FCheckTimer)
+            FCheckTimer->stop();
+        FElsewhere.reset();
+        FKept.reset();
+        return;
+    }
+    // Nothing loaded or saved yet: the watch starts with the first load or save.
+    if (!FStoredPlace.isEmpty())
+        WatchStoredPlace();
+}
+
+void TdmDiagActions::WatchFiles(const QStringList& Files) {
+    if (!FWatcher) {
+        FWatcher = std::make_unique<QFileSystemWatcher>();
+        connect(FWatcher.get(), &QFileSystemWatcher::fileChanged, this,
+                [this](const QString&) { StoredPlaceTouched(); });
+        connect(FWatcher.get(), &QFileSystemWatcher::directoryChanged, this,
+                [this](const QString&) { StoredPlaceTouched(); });
+    }
+    QStringList wanted;
+    for (const QString& f : Files) {
+        // The folder too: a file replaced by a rename (every save here) or made anew is seen
+        // only there, and the watch on the file is dropped with the file it watched.
+        wanted << ExtractFilePath(f);
+        if (FileExists(f))
+            wanted << f;
+    }
+    QStringList watched = FWatcher->files() + FWatcher->directories();
+    QStringList stale, missing;
+    for (const QString& w : watched)
+        if (!wanted.contains(w))
+            stale << w;
+    for (const QString& w : wanted)
+        if (!watched.contains(w) && !missing.contains(w))
+            missing << w;
+    if (!stale.isEmpty())
+        FWatcher->removePaths(stale);
+    if (!missing.isEmpty())
+        FWatcher->addPaths(missing);
+}
+
+void TdmDiagActions::WatchStoredPlace() {
+    WatchFiles({FStoredPlace});
+}
+
+void TdmDiagActions::StopWatching() {
+    FWatcher.reset();
+}
+
+void TdmDiagActions::StoredPlaceTouched() {
+    if (!FLiveReload || FReloading)
+        return;
+    if (!FCheckTimer) {
+        FCheckTimer = std::make_unique<QTimer>();
+        FCheckTimer->setSingleShot(true);
+        connect(FCheckTimer.get(), &QTimer::timeout, this, [this] { CheckStoredDiagram(); });
+    }
+    FCheckTimer->start(kCheckDelayMs);
+}
+
+void TdmDiagActions::CheckStoredDiagram() {
+    if (!FLiveReload || FReloading || !DiagContr || FStoredPlace.isEmpty())
+        return;
+    // Reached from the event loop. A read that fails (a database locked by a writer, a server
+    // gone for a moment) is tried again a few times before the error is shown.
+    try {
+        CheckStoredNow();
+        FCheckFailures = 0;
+    } catch (...) {
+        if (++FCheckFailures <= kCheckRetries) {
+            StoredPlaceTouched();
+            FCheckTimer->start(kRetryDelayMs);
+            return;
+        }
+        FCheckFailures = 0;
+        ReportEventError("live reload", EventErrorText(std::current_exception()));
+    }
+}
+
+void TdmDiagActions::CheckStoredNow() {
+    const TStorageKind storage = CurrentStorage();
+    // A file replaced by a rename is no longer the one watched: watch the path again.
+    WatchStoredPlace();
+    const QString stored = storage.Fingerprint(FStoredName.isEmpty() ? GetName() : FStoredName);
+    // The empty fingerprint (removed by someone else) is a version like any other.
+    if (stored == FStoredFingerprint || (FElsewhere && stored == *FElsewhere) ||
+        (FKept && stored == *FKept))
+        return;
+    if (DiagContr->UndoStack()->isClean()) {
+        ReloadKeepingView(storage);
+        if (OnReloaded)
+            OnReloaded(this);
+        return;
+    }
+    FElsewhere = stored;
+    if (OnChangedElsewhere)
+        OnChangedElsewhere(this);
+}
+
+void TdmDiagActions::ReloadKeepingView(const TStorageKind& Storage) {
+    TDiagContainer& dc = Container();
+    // The view: the scroll position of the scroll area the surface sits in, and the selected
+    // blocks by key.
+    QAbstractScrollArea* area = nullptr;
+    for (QWidget* w = dc.GetParent(); w && !area; w = w->parentWidget())
+        area = qobject_cast<QAbstractScrollArea*>(w);
+    const int hScroll = area ? area->horizontalScrollBar()->value() : 0;
+    const int vScroll = area ? area->verticalScrollBar()->value() : 0;
+    QSet<TObjKey> selected;
+    for (TDiagObject* b : dc.SelectedBlocks())
+        selected.insert(b->GetObjKey());
+    const bool hadCurrent = !dc.SelObj.isNull();
+    const TObjKey current = hadCurrent ? dc.SelObj->GetObjKey() : 0;
+
+    FReloading = true;
+    try {
+        Storage.Reload(FStoredName.isEmpty() ? GetName() : FStoredName);
+    } catch (...) {
+        FReloading = false;
+        throw;
+    }
+    FReloading = false;
+    dc.UndoStack()->clear();
+    dc.UndoStack()->setClean();
+
+    for (int i = 0; i < dc.ObjList->Count(); ++i) {
+        TDiagObject* b = dc.ObjList->Items(i);
+        if (selected.contains(b->GetObjKey()))
+            b->SetSelected(true);
+        if (hadCurrent && b->GetObjKey() == current)
+            dc.SelObj = b;
+    }
+    if (area) {
+        area->horizontalScrollBar()->setValue(hScroll);
+        area->verticalScrollBar()->setValue(vScroll);
+    }
+    if (dc.GetParent())
+        dc.GetParent()->update();
+}
+
+void TdmDiagActions::ReloadChangedDiagram() {
+    ReloadKeepingView(CurrentStorage());
+}
+
+void TdmDiagActions::KeepMine() {
+    if (!FElsewhere)
+        return;
+    FKept = FElsewhere;
+    FElsewhere.reset();
 }
 
 void TdmDiagActions::LoadDiagramEx(const QString& /*AName*/, const QString& /*ATabName*/) {

@@ -24,12 +24,15 @@
 #include "velDiagEdit/velDiagEdit_export.h"
 
 #include <QByteArray>
+#include <QFileSystemWatcher>
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace vde {
 
@@ -115,6 +118,36 @@ public:
     // the name the copy was stored under.
     std::function<void(TdmDiagActions* Module, TConflictChoice Choice, const QString& CopyName)>
         OnConflictResolved;
+
+    // ---- live reload
+    // Off (the default): nothing watches the stored diagram. On, the place it was last loaded
+    // from or saved to is watched (a file or an SQLite database file through a file system
+    // watcher; a PostgreSQL table through the server's notifications, see the table storage),
+    // and when what is stored there no longer has the remembered fingerprint, someone else
+    // saved it:
+    //  - with no unsaved change (the undo stack is at its clean state) the diagram reloads at
+    //    once on the same surface, keeping the scroll position of an enclosing scroll area and
+    //    the selection of the blocks whose keys are still there; its undo steps go, and
+    //    OnReloaded is called;
+    //  - with unsaved changes nothing is loaded: OnChangedElsewhere is called, once per stored
+    //    version, and the host answers with ReloadChangedDiagram or KeepMine.
+    // The module's own saves change the remembered fingerprint first, so they are no news.
+    void SetLiveReload(bool Value);
+    bool GetLiveReload() const { return FLiveReload; }
+    std::function<void(TdmDiagActions* Module)> OnChangedElsewhere;
+    std::function<void(TdmDiagActions* Module)> OnReloaded;
+    // A change by someone else was reported and not yet answered.
+    bool HasChangeElsewhere() const { return FElsewhere.has_value(); }
+    // Drops this diagram and its undo steps and loads the stored one, keeping the view as a
+    // live reload does. Raises what a load raises; the diagram stays as it was then.
+    void ReloadChangedDiagram();
+    // Keeps this diagram as it is; the remembered fingerprint stays the loaded one, so with the
+    // conflict check on the next save is a conflict. The same stored version is not reported
+    // again.
+    void KeepMine();
+    // Compares the stored fingerprint now, as a watcher event does (after a short delay that
+    // gathers the events of one save). Errors are shown as an event's are, never raised.
+    void CheckStoredDiagram();
 
     // Through the save and open dialogs; see the definitions for the names they propose.
     void SaveDiagramToFile();
@@ -215,12 +248,26 @@ protected:
             Store;
         // Loads what is stored there, the surface emptied when nothing is.
         std::function<void(const QString& AName)> Reload;
+        // The fingerprint of what is stored there now, read without changing anything.
+        std::function<QString(const QString& AName)> Fingerprint;
     };
+    // The storage the diagram is kept in now; see TStorageKind.
+    virtual TStorageKind CurrentStorage();
+    // Starts watching the place last loaded from or saved to (live reload on); the file storage
+    // watches the file and its folder.
+    virtual void WatchStoredPlace();
+    // Stops every watch WatchStoredPlace started.
+    virtual void StopWatching();
+    // A watcher saw something: checks soon, once for a burst of events.
+    void StoredPlaceTouched();
+    // Watches the files given (those that exist) and the folders they are in.
+    void WatchFiles(const QStringList& Files);
     // The file storage beside the host program.
     TStorageKind FileStorage();
     // A save with the check on, through the storage given; see SetConflictCheck.
     void SaveChecked(const QString& AName, const TStorageKind& Storage);
-    void RememberStored(const QString& Place, const QString& Fingerprint);
+    // AName: the diagram's name as given to the load or save (empty: this module's name).
+    void RememberStored(const QString& AName, const QString& Place, const QString& Fingerprint);
     // The container's stream, as stored.
     QByteArray DiagramBytes();
     // Loads stored bytes into the surface; none empties it when AClearWhenEmpty is set, and
@@ -244,6 +291,20 @@ private:
     bool FConflictCheck = false;
     QString FStoredFingerprint;
     QString FStoredPlace;
+    QString FStoredName;
+    bool FLiveReload = false;
+    // The stored version last reported through OnChangedElsewhere, and the one kept by
+    // KeepMine (an empty fingerprint: removed).
+    std::optional<QString> FElsewhere;
+    std::optional<QString> FKept;
+    std::unique_ptr<QFileSystemWatcher> FWatcher;
+    std::unique_ptr<QTimer> FCheckTimer;
+    // Set while a reload runs, so that its own events are not taken for news.
+    bool FReloading = false;
+    int FCheckFailures = 0;
+    // CheckStoredDiagram without its error handling.
+    void CheckStoredNow();
+    void ReloadKeepingView(const TStorageKind& Storage);
 };
 
 } // namespace vde

@@ -94,6 +94,9 @@ TdmDiagActions* TDiagActionsList::CreateDiagActions(const QString& AName, QWidge
     module->CreateContainer(AParent, ACanvas);
     module->SetConflictCheck(FConflictCheck);
     module->OnConflictResolved = FOnConflictResolved;
+    module->OnChangedElsewhere = FOnChangedElsewhere;
+    module->OnReloaded = FOnReloaded;
+    module->SetLiveReload(FLiveReload);
     TdmDiagActions* result = module.get();
     FItems.insert(FItems.begin() + index, {AName, QPointer<TdmDiagActions>(module.release())});
     return result;
@@ -128,6 +131,25 @@ void TDiagActionsList::SetOnConflictResolved(decltype(TdmDiagActions::OnConflict
     for (int i = 0; i < Count(); ++i)
         if (TdmDiagActions* module = Objects(i))
             module->OnConflictResolved = FOnConflictResolved;
+}
+
+void TDiagActionsList::SetLiveReload(bool Value) {
+    FLiveReload = Value;
+    for (int i = 0; i < Count(); ++i)
+        if (TdmDiagActions* module = Objects(i))
+            module->SetLiveReload(Value);
+}
+
+void TDiagActionsList::SetOnLiveReload(
+    decltype(TdmDiagActions::OnChangedElsewhere) ChangedElsewhere,
+    decltype(TdmDiagActions::OnReloaded) Reloaded) {
+    FOnChangedElsewhere = std::move(ChangedElsewhere);
+    FOnReloaded = std::move(Reloaded);
+    for (int i = 0; i < Count(); ++i)
+        if (TdmDiagActions* module = Objects(i)) {
+            module->OnChangedElsewhere = FOnChangedElsewhere;
+            module->OnReloaded = FOnReloaded;
+        }
 }
 
 void TDiagActionsList::EnableDesignMode(bool Enable) {

@@ -66,6 +66,12 @@ public:
     bool GetConflictCheck() const { return FConflictCheck; }
     // Given to every module, and to those made later, as its OnConflictResolved.
     void SetOnConflictResolved(decltype(TdmDiagActions::OnConflictResolved) Handler);
+    // Live reload (TdmDiagActions::SetLiveReload) of every module, and of those made later,
+    // with these handlers.
+    void SetLiveReload(bool Value);
+    bool GetLiveReload() const { return FLiveReload; }
+    void SetOnLiveReload(decltype(TdmDiagActions::OnChangedElsewhere) ChangedElsewhere,
+                         decltype(TdmDiagActions::OnReloaded) Reloaded);
 
     QObject* GetOwner() const { return FOwner.data(); }
     TDataSet* GetDataStore() const { return FDataStore; }
@@ -80,6 +86,9 @@ private:
     TDataSet* FDataStore = nullptr;
     QString FModuleName;
     bool FConflictCheck = false;
+    bool FLiveReload = false;
+    decltype(TdmDiagActions::OnChangedElsewhere) FOnChangedElsewhere;
+    decltype(TdmDiagActions::OnReloaded) FOnReloaded;
     decltype(TdmDiagActions::OnConflictResolved) FOnConflictResolved;
     // Owned; watched as well, so that a module its owner freed too early reads as none here
     // instead of being freed twice.

@@ -20,18 +20,37 @@
 // fingerprint and the write are one transaction (TDataSet::WriteBlobIfUnchanged); a record that
 // someone else deleted is a conflict too.
 //
+// Live reload (TdmDiagActions::SetLiveReload): on SQLite the database file (and its folder) is
+// watched; on PostgreSQL the module listens on the channel kDiagramSavedChannel, on which every
+// save of a diagram through this module (with live reload on or off) and through "veldiag db put"
+// sends the record's key values ("<section>|<key>") once the new bytes are committed. A
+// connection that was closed and opened again is subscribed again within a second, and the
+// record is then compared, since a save may have gone by unheard.
+//
 // The dataset is the host's and must outlive the module.
 
 #include "velDiagEdit/commands/diag_actions.h"
 #include "velDiagEdit/velDiagEdit_export.h"
 
+#include <QMetaObject>
 #include <QObject>
+#include <QPointer>
+#include <QSqlDriver>
 #include <QString>
+#include <QTimer>
+#include <memory>
 
 namespace vde {
 
 class TDataSet;
 class TField;
+
+// The PostgreSQL notification channel of saved diagrams.
+VELDIAGEDIT_EXPORT extern const char* const kDiagramSavedChannel;
+// Tells the listeners on kDiagramSavedChannel that the record with AKeyValues was saved; does
+// nothing on a connection that is not PostgreSQL. A notification that cannot be sent is not an
+// error: the save itself is done, and listeners compare fingerprints anyway.
+VELDIAGEDIT_EXPORT void NotifyDiagramSaved(TDataSet* ADataSet, const QString& AKeyValues);
 
 // The package-wide suffix of the data column; set by CreateDiagActionsList.
 VELDIAGEDIT_EXPORT void SetDataFieldSuffix(const QString& Suffix);
@@ -67,6 +86,11 @@ public:
     QString KeyFields;
     QString KeyValues;
 
+protected:
+    TStorageKind CurrentStorage() override;
+    void WatchStoredPlace() override;
+    void StopWatching() override;
+
 private:
     // The key values of the record for AName (the tab name as GenKeyFieldsAndValues has it).
     QString KeyValuesFor(const QString& AName);
@@ -78,6 +102,15 @@ private:
     TDataSet& OpenDataStore();
     // Raises EInvalidOperation before any dataset call when there is no surface.
     void CheckContainer() const;
+    // The data column, checked; raises EDatabaseError when the table has none.
+    TField* DataField();
+
+    // PostgreSQL: the driver listened to, and the check that the subscription survives a
+    // reconnect.
+    QPointer<QSqlDriver> FNotifyDriver;
+    QMetaObject::Connection FNotifyConnection;
+    std::unique_ptr<QTimer> FSubscriptionTimer;
+    void CheckSubscription();
 };
 
 } // namespace vde

@@ -16,6 +16,7 @@ struct TPackageState {
     // Watched, so that a module freed with its list reads as none.
     QPointer<TdmDiagActions> CurrentDiagActions;
     bool ConflictCheck = false;
+    bool LiveReload = false;
 
     ~TPackageState() {
         // A host that did not free the list: at program exit its widgets may be gone with the
@@ -73,6 +74,12 @@ void CreateDiagActionsList(QObject* AOwner, TDataSet* ADataStore, const QString&
         [](TdmDiagActions* Module, TConflictChoice Choice, const QString& CopyName) {
             emit DiagStorageEvents()->ConflictResolved(Module->GetName(), int(Choice), CopyName);
         });
+    State().DiagActionsList->SetOnLiveReload(
+        [](TdmDiagActions* Module) {
+            emit DiagStorageEvents()->ChangedElsewhere(Module->GetName());
+        },
+        [](TdmDiagActions* Module) { emit DiagStorageEvents()->Reloaded(Module->GetName()); });
+    State().DiagActionsList->SetLiveReload(State().LiveReload);
     // Kept beside the table storage, which names its data column by it.
     SetDataFieldSuffix(AFieldSuffix);
 }
@@ -163,6 +170,39 @@ void SetConflictCheck(bool AEnable) {
 
 bool GetConflictCheck() {
     return State().ConflictCheck;
+}
+
+void SetLiveReload(bool AEnable) {
+    State().LiveReload = AEnable;
+    if (TDiagActionsList* list = State().DiagActionsList.get())
+        list->SetLiveReload(AEnable);
+}
+
+bool GetLiveReload() {
+    return State().LiveReload;
+}
+
+namespace {
+
+TdmDiagActions* ModuleNamed(const QString& AName) {
+    TDiagActionsList* list = State().DiagActionsList.get();
+    int index = 0;
+    if (!list || AName.isEmpty() || !list->Find(AName, index))
+        return nullptr;
+    TdmDiagActions* m = list->Objects(index);
+    return m && m->DiagContr ? m : nullptr;
+}
+
+} // namespace
+
+void ReloadChangedDiagram(const QString& AName) {
+    if (TdmDiagActions* m = ModuleNamed(AName))
+        m->ReloadChangedDiagram();
+}
+
+void KeepMyDiagram(const QString& AName) {
+    if (TdmDiagActions* m = ModuleNamed(AName))
+        m->KeepMine();
 }
 
 TDiagStorageEvents* DiagStorageEvents() {

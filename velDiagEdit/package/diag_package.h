@@ -82,6 +82,19 @@ VELDIAGEDIT_EXPORT bool CanRedoDiagram();
 VELDIAGEDIT_EXPORT void SetConflictCheck(bool AEnable);
 VELDIAGEDIT_EXPORT bool GetConflictCheck();
 
+// Live reload. On, every diagram of the list (and of lists made later) watches where it is
+// stored: a save by someone else reloads a diagram that has no unsaved change at once (keeping
+// the view and the selection), and for one with unsaved changes DiagStorageEvents() sends
+// ChangedElsewhere instead. See TdmDiagActions::SetLiveReload. Off (the default): nothing is
+// watched or listened to.
+VELDIAGEDIT_EXPORT void SetLiveReload(bool AEnable);
+VELDIAGEDIT_EXPORT bool GetLiveReload();
+// The answers to ChangedElsewhere for the diagram AName: load the stored one (this diagram and
+// its undo steps go), or keep this one (with the conflict check on, its next save is then a
+// conflict). An unknown name does nothing; the reload raises what a load raises.
+VELDIAGEDIT_EXPORT void ReloadChangedDiagram(const QString& AName);
+VELDIAGEDIT_EXPORT void KeepMyDiagram(const QString& AName);
+
 // The state the functions above share.
 VELDIAGEDIT_EXPORT TDiagActionsList* GetDiagActionsList();
 // The module of the last create-and-load call; none once it is freed.

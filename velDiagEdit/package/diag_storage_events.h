@@ -20,6 +20,13 @@ signals:
     // Choice (a TConflictChoice: Overwrite, Reload or Save as copy); CopyName is where the copy
     // went, empty for the other answers.
     void ConflictResolved(const QString& Name, int Choice, const QString& CopyName);
+    // With live reload on (SetLiveReload): someone else saved the diagram Name while it has
+    // unsaved changes here; nothing was loaded. Sent once per stored version; the host answers
+    // with ReloadChangedDiagram(Name) or KeepMyDiagram(Name).
+    void ChangedElsewhere(const QString& Name);
+    // With live reload on: the diagram Name, unchanged here, was saved by someone else and has
+    // been loaded again (view and selection kept, undo steps gone).
+    void Reloaded(const QString& Name);
 };
 
 VELDIAGEDIT_EXPORT TDiagStorageEvents* DiagStorageEvents();

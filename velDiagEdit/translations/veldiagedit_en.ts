@@ -9,6 +9,29 @@
     </message>
 </context>
 <context>
+    <name>vde::TChangedElsewhereBar</name>
+    <message>
+        <source>&quot;%1&quot; was saved by someone else and has been reloaded</source>
+        <translation>&quot;%1&quot; was saved by someone else and has been reloaded</translation>
+    </message>
+    <message>
+        <source>Changed by someone else</source>
+        <translation>Changed by someone else</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; was changed by someone else</source>
+        <translation>&quot;%1&quot; was changed by someone else</translation>
+    </message>
+    <message>
+        <source>Reload</source>
+        <translation>Reload</translation>
+    </message>
+    <message>
+        <source>Keep mine</source>
+        <translation>Keep mine</translation>
+    </message>
+</context>
+<context>
     <name>vde::TDiagAccessible</name>
     <message>
         <source>Text block</source>
@@ -595,7 +618,7 @@
     </message>
     <message>
         <source>The diagram &quot;%1&quot; (%2) %3 (loaded: %4, stored now: %5). Nothing was written.</source>
-        <translation>The diagram "%1" (%2) %3 (loaded: %4, stored now: %5). Nothing was written.</translation>
+        <translation>The diagram &quot;%1&quot; (%2) %3 (loaded: %4, stored now: %5). Nothing was written.</translation>
     </message>
 </context>
 <context>

@@ -9,6 +9,29 @@
     </message>
 </context>
 <context>
+    <name>vde::TChangedElsewhereBar</name>
+    <message>
+        <source>&quot;%1&quot; was saved by someone else and has been reloaded</source>
+        <translation>Диаграмма &quot;%1&quot; сохранена другим пользователем и загружена заново</translation>
+    </message>
+    <message>
+        <source>Changed by someone else</source>
+        <translation>Изменено другим пользователем</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; was changed by someone else</source>
+        <translation>Диаграмма &quot;%1&quot; изменена другим пользователем</translation>
+    </message>
+    <message>
+        <source>Reload</source>
+        <translation>Загрузить заново</translation>
+    </message>
+    <message>
+        <source>Keep mine</source>
+        <translation>Оставить мою</translation>
+    </message>
+</context>
+<context>
     <name>vde::TDiagAccessible</name>
     <message>
         <source>Text block</source>
