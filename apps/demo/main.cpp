@@ -243,6 +243,11 @@ private:
         });
         m->addSeparator();
         m->addAction(QStringLiteral("&Save all"), this, [this] {
+            // A table module writes only what is marked as to be saved, and a save clears the
+            // mark while design mode stays on: what was edited since must be marked again.
+            for (DiagramTab& d : diagrams)
+                if (d.Module && d.Module->DiagContr && !d.Module->DiagContr->UndoStack()->isClean())
+                    d.Module->FNeedSave = true;
             Guarded(QStringLiteral("Saving"), [] {
                 vde::SaveDiagActionsDiagrams(QString());
                 return true;

@@ -3,8 +3,10 @@
 // step of its own.
 
 #include "commands/actions_test_util.h"
+#include "common/db_test_util.h"
 
 #include "velDiagEdit/package/diag_package.h"
+#include "velDiagEdit/platform/dataset.h"
 
 #include <QAction>
 
@@ -189,4 +191,31 @@ TEST_F(UndoPackage, AHostsUndoActionShowsTheStepText) {
     EXPECT_EQ(undo->text(), QStringLiteral("Undo Create AndLogic"));
     undo->trigger();
     EXPECT_EQ(m->DiagContr->ObjList->Count(), 0);
+}
+
+// A table module writes only what is marked as to be saved, and its save clears the mark while
+// design mode stays on: a gate added after that save is not written by the next save, so its
+// step must not be taken for saved.
+TEST_F(UndoPackage, ASaveThatWritesNothingLeavesTheChangesUnsaved) {
+    TestDatabase db(DbKind::SQLite);
+    ASSERT_TRUE(db.Error().isEmpty()) << db.Error().toStdString();
+    const QString table = db.NewTableName(QStringLiteral("Config"));
+    db.CreateConfigTable(table, QStringLiteral("\"BinData\" %1").arg(db.BlobType()));
+    TDataSet data(db.ConnectionName(), table);
+    CreateDiagActionsList(&owner, &data, QStringLiteral("Config"));
+    TdmDiagActions* m =
+        CreateAndLoadDiagActions(QStringLiteral("Left"), &left.panel, &left.canvas, true);
+    ASSERT_NE(m, nullptr);
+    CreateBlock(m, andItem, 10, 10);
+    SaveDiagActionsDiagrams(QString());
+    EXPECT_TRUE(m->DiagContr->UndoStack()->isClean());
+    EXPECT_FALSE(m->GetNeedSave());
+    CreateBlock(m, andItem, 100, 10);
+    SaveDiagActionsDiagrams(QString());
+    EXPECT_FALSE(m->DiagContr->UndoStack()->isClean());
+    // Marked again (as entering design mode does), the next save writes it and it is saved.
+    m->SetDesignMode(true);
+    SaveDiagActionsDiagrams(QString());
+    EXPECT_TRUE(m->DiagContr->UndoStack()->isClean());
+    FreeDiagActionsList();
 }

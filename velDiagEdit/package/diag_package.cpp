@@ -5,7 +5,9 @@
 
 #include <QCoreApplication>
 #include <QPointer>
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace vde {
 
@@ -113,11 +115,18 @@ void SaveDiagActionsDiagrams(const QString& AName) {
     TDiagActionsList* list = State().DiagActionsList.get();
     if (!list)
         return;
+    // A table module not marked as to be saved writes nothing: its changes stay unsaved.
+    std::vector<bool> writes(size_t(std::max(0, list->Count())), false);
+    for (int i = 0; i < list->Count(); ++i) {
+        TdmDiagActions* m = list->Objects(i);
+        const bool table = dynamic_cast<TdmTableDiagActions*>(m) != nullptr;
+        writes[size_t(i)] = m && (!table || m->GetUseDefaultSaveLoadProc() || m->GetNeedSave());
+    }
     list->SaveDiagActions(AName);
     // What was saved is the state a host asks about for unsaved changes.
-    auto markClean = [list](int Index) {
+    auto markClean = [list, &writes](int Index) {
         TdmDiagActions* m = list->Objects(Index);
-        if (m && m->DiagContr)
+        if (m && m->DiagContr && Index < int(writes.size()) && writes[size_t(Index)])
             m->DiagContr->UndoStack()->setClean();
     };
     int index = 0;
