@@ -188,6 +188,8 @@ void TDiagContainer::SetDirectEditing(bool Value) {
             FParent->setToolTip(FSavedToolTip);
         FDirect->OwnsTip = false;
     }
+    if (!Value)
+        EnableDisabledMenuItems();
     if (!Value && ObjList) {
         // The classic gestures know one selected block: the others are let go.
         TDiagObject* keep = SelObj && SelObj->FSelected ? SelObj.data() : nullptr;
@@ -283,7 +285,7 @@ void TDiagContainer::ClassicHint(TDiagObject* Block, int X, int Y) {
                     .arg(MarkerName(m)));
     else
         SetHint(TDiagContainer::tr("Click to select %1; Shift-drag to move, Shift-drag the "
-                               "bottom-right corner to resize")
+                                   "bottom-right corner to resize")
                     .arg(GoodDiagObjTypeName(Block->GetDiagObjType())));
 }
 
@@ -378,6 +380,7 @@ void TDiagContainer::HookParentForDirect() {
     }
     SetMouseHandlers(FParent, h);
     FParentDirectHooked = want;
+    WatchLeave(want);
 }
 
 // ---- the mouse --------------------------------------------------------------------------------
@@ -510,6 +513,7 @@ void TDiagContainer::DirectMouseUp(TMouseButton Button, TShiftState Shift, TPoin
             const TPoint s = ClientToScreen(FParent, P);
             TPopupMenu* menu = m != 0 ? pmConnections.data() : pmObjects.data();
             NoteSelection();
+            PrepareDirectMenu(menu);
             if (menu)
                 menu->Popup(s.X, s.Y);
             return;
@@ -977,7 +981,8 @@ bool TDiagContainer::IsDirectKey(int Key, Qt::KeyboardModifiers Modifiers) const
     if (!DirectActive() || !IsCustomDrawnControl(FParent))
         return false;
     const Qt::KeyboardModifiers mods = Modifiers & ~Qt::KeypadModifier;
-    if (mods == Qt::ControlModifier && Key == Qt::Key_A)
+    if (mods == Qt::ControlModifier &&
+        (Key == Qt::Key_A || Key == Qt::Key_C || Key == Qt::Key_X || Key == Qt::Key_V))
         return true;
     // Escape during a gesture cancels it.
     return Key == Qt::Key_Escape && FDirect && FDirect->Kind != TDirectEditing::gkNone;
@@ -997,6 +1002,18 @@ bool TDiagContainer::DirectKeyDown(int Key, Qt::KeyboardModifiers Modifiers) {
         return true;
     if (mods == Qt::ControlModifier && Key == Qt::Key_A) {
         SelectAll();
+        return true;
+    }
+    if (mods == Qt::ControlModifier && Key == Qt::Key_C) {
+        CopySelection();
+        return true;
+    }
+    if (mods == Qt::ControlModifier && Key == Qt::Key_X) {
+        CutSelection();
+        return true;
+    }
+    if (mods == Qt::ControlModifier && Key == Qt::Key_V) {
+        PasteClipboard();
         return true;
     }
     if (mods & Qt::ControlModifier)
