@@ -288,9 +288,13 @@ void TDiagContainer::PasteBytes(const QByteArray& Bytes, const QPoint* At) {
                            wiresAt);
     TDiagConnectList wires(static_cast<TCanvas*>(nullptr));
     wires.LoadFromStream(s, {}, wireCount);
-    {
-        TControlList controls(nullptr);
-        controls.LoadFromStream(s);
+    // Foreign controls belong to the diagram they were saved from: read past, never applied.
+    const int32_t controlCount = s.ReadCount("Control count", kControlEntryMinSize);
+    for (int32_t i = 0; i < controlCount; ++i) {
+        (void)s.ReadStr();
+        if (s.Remaining() < kRectSize)
+            throw EFormatError(QStringLiteral("Control %1 is cut short").arg(i), s.Position());
+        s.Seek(kRectSize, soCurrent);
     }
     const int64_t infoAt = s.Position();
     if (s.Remaining() < 8)
