@@ -10,8 +10,13 @@
 #include <QApplication>
 #include <QBuffer>
 #include <QClipboard>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGuiApplication>
 #include <QImage>
 #include <QMimeData>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
 
@@ -541,4 +546,69 @@ TEST_F(ClipFixture, TheHoverRingFollowsTheMouseAfterAWireDropAndGoesWhenItLeaves
     Flush();
     EXPECT_EQ(RingPixels(Render()), 0);
     EXPECT_TRUE(dc->Hint().isEmpty());
+}
+
+// ---- across two processes -----------------------------------------------------------------------
+
+// Runs under a virtual X server (ctest's ClipboardAcrossProcesses); the offscreen platform keeps
+// its clipboard inside the process, so there it is skipped.
+TEST(ClipboardAcrossProcesses, ABlockPairCopiedInAnotherProcessPastesHere) {
+    if (QGuiApplication::platformName() != QStringLiteral("xcb"))
+        GTEST_SKIP() << "needs a real X server (platform "
+                     << QGuiApplication::platformName().toStdString() << ")";
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString done = dir.filePath(QStringLiteral("done"));
+    QProcess peer;
+    peer.start(QStringLiteral(VDE_CLIPBOARD_PEER), {done});
+    ASSERT_TRUE(peer.waitForStarted(10000));
+    ASSERT_TRUE(peer.waitForReadyRead(20000));
+    const QByteArray line = peer.readLine().trimmed();
+    ASSERT_TRUE(line.startsWith("copied ")) << line.toStdString();
+    const int size = line.mid(7).toInt();
+    // The clipboard's owner is the other process: wait until this one sees its data.
+    QElapsedTimer t;
+    t.start();
+    QByteArray bytes;
+    while (t.elapsed() < 10000) {
+        QCoreApplication::processEvents();
+        const QMimeData* m = QApplication::clipboard()->mimeData();
+        if (m && m->hasFormat(kMime)) {
+            bytes = m->data(kMime);
+            break;
+        }
+        QTest::qWait(20);
+    }
+    ASSERT_EQ(bytes.size(), size);
+
+    QWidget panel;
+    panel.resize(400, 300);
+    TCanvas canvas;
+    canvas.SetHandle(&panel);
+    TDiagContainer dc(&panel, &canvas, nullptr);
+    TDiagObject* mine = dc.CreateObjByDiagType(doAndLogic, {300, 200, 360, 270});
+    dc.SetDesignMode(true);
+    TScriptedDialogService dialogs;
+    TScopedDialogService guard(&dialogs);
+    TScriptedInputState input;
+    input.Pos = {-5000, -5000};
+    TScopedInputState inputGuard(&input);
+    ASSERT_TRUE(dc.CanPaste());
+    ASSERT_TRUE(dc.PasteClipboard());
+    QFile(done).open(QIODevice::WriteOnly);
+    peer.waitForFinished(10000);
+    // The peer's AND at (40, 50) and OR at (220, 90), with the wire from one to the other,
+    // beside the block that was here; new keys after its key 1.
+    ASSERT_EQ(dc.ObjList->Count(), 3);
+    ASSERT_EQ(dc.ConList->Count(), 1);
+    EXPECT_EQ(dc.ObjList->Items(1)->geometry(), QRect(40, 50, 60, 70));
+    EXPECT_EQ(dc.ObjList->Items(2)->geometry(), QRect(220, 90, 60, 70));
+    EXPECT_EQ(dc.ObjList->Items(1)->GetDiagObjType(), doAndLogic);
+    EXPECT_EQ(dc.ObjList->Items(2)->GetDiagObjType(), doOrLogic);
+    EXPECT_EQ(mine->GetObjKey(), 1u);
+    EXPECT_EQ(dc.ObjList->Items(1)->GetObjKey(), 2u);
+    EXPECT_EQ(dc.ObjList->Items(2)->GetObjKey(), 3u);
+    EXPECT_EQ(dc.ConList->Items(0)->GetSrcObject(), dc.ObjList->Items(1));
+    EXPECT_EQ(dc.ConList->Items(0)->GetDstObject(), dc.ObjList->Items(2));
+    EXPECT_EQ(dc.UndoStack()->count(), 1);
 }
