@@ -299,6 +299,19 @@ TEST_F(ClipFixture, CutTakesTheBlocksAndTheirWiresAwayInOneStepAndPastePutsThemB
     EXPECT_TRUE(SameBytes(Stream(), before));
 }
 
+TEST_F(ClipFixture, OutsideDesignModeCutAndPasteChangeNothingButCopyCopies) {
+    Select({a});
+    dc->SetDesignMode(false);
+    a->SetSelected(true);
+    const auto before = Stream();
+    EXPECT_TRUE(dc->CopySelection());
+    EXPECT_FALSE(Payload().isEmpty());
+    EXPECT_FALSE(dc->PasteClipboard());
+    EXPECT_FALSE(dc->CutSelection());
+    EXPECT_TRUE(SameBytes(Stream(), before));
+    EXPECT_EQ(stack->count(), 0);
+}
+
 TEST_F(ClipFixture, CanPasteSaysWhetherTheClipboardHoldsADiagram) {
     EXPECT_FALSE(dc->CanPaste());
     QApplication::clipboard()->setText(QStringLiteral("text"));

@@ -196,7 +196,7 @@ public:
     // The selected blocks travel with the wires whose ends are on them or on such wires, as a
     // container stream under this MIME type, with a PNG and an SVG picture beside it. Ctrl+C,
     // Ctrl+X and Ctrl+V do the same on the surface in direct editing; a host's Edit menu calls
-    // these in either mode.
+    // these with direct editing on or off.
     static constexpr const char* kClipboardMimeType = "application/x-veldiagedit-diagram";
     // The container stream of the selection (the blocks keep their keys in it); empty when no
     // block is selected.
@@ -206,7 +206,8 @@ public:
     QMimeData* SelectionMimeData();
     // False when no block is selected.
     bool CopySelection();
-    // Copies, then deletes the selection as Delete does: one undo step.
+    // Copies, then deletes the selection as Delete does: one undo step. Cut and paste change
+    // the diagram in design mode only (false otherwise).
     bool CutSelection();
     // Pastes what the clipboard holds under kClipboardMimeType; a stream that fails the
     // loader's checks changes nothing and its error goes to the dialog service. False when

@@ -218,7 +218,7 @@ bool TDiagContainer::CopySelection() {
 }
 
 bool TDiagContainer::CutSelection() {
-    if (!ObjList || !ConList || SelectedBlocks().empty())
+    if (!FDesignMode || !ObjList || !ConList || SelectedBlocks().empty())
         return false;
     if (!CopySelection())
         return false;
@@ -243,7 +243,7 @@ bool TDiagContainer::CanPaste() const {
 }
 
 bool TDiagContainer::PasteClipboard() {
-    if (!CanPaste())
+    if (!FDesignMode || !CanPaste())
         return false;
     const QByteArray bytes =
         QApplication::clipboard()->mimeData()->data(QString::fromLatin1(kClipboardMimeType));
