@@ -15,7 +15,7 @@
 #include <QApplication>
 #include <QBuffer>
 #include <QClipboard>
-#include <QCryptographicHash>
+#include <QHash>
 #include <QImage>
 #include <QMimeData>
 #include <QPainter>
@@ -23,7 +23,6 @@
 #include <QtEndian>
 #include <algorithm>
 #include <functional>
-#include <unordered_map>
 
 namespace vde {
 
@@ -120,13 +119,12 @@ QByteArray TDiagContainer::SelectionBytes() {
     const QSet<const QObject*> set(blocks.begin(), blocks.end());
     const std::vector<TDiagConnection*> wires = WiresWith(*ConList, set);
     // A wire on a wire names it by its place in the list: the place among the copied ones.
-    std::unordered_map<int, int> place;
+    QHash<int, int> place;
     for (size_t i = 0; i < wires.size(); ++i)
         place[ConList->IndexOfLive(wires[i])] = int(i);
     auto remap = [&place](LongRec r) {
-        const auto it = place.find(int(r.Hi) - 1);
-        return r.IsZero() || it == place.end() ? LongRec{}
-                                               : LongRec{r.Lo, uint16_t(it->second + 1)};
+        const auto it = place.constFind(int(r.Hi) - 1);
+        return r.IsZero() || it == place.constEnd() ? LongRec{} : LongRec{r.Lo, uint16_t(*it + 1)};
     };
     TMemoryStream s;
     s.WriteUInt32(kContainerSignature);
@@ -383,7 +381,7 @@ void TDiagContainer::PlacePasted(TDiagObjectList& blocks, TDiagConnectList& wire
         FDirect = std::make_unique<TDirectEditing>();
     FDirect->Wires.clear();
 
-    std::unordered_map<TObjKey, TObjKey> newKey;
+    QHash<TObjKey, TObjKey> newKey;
     std::vector<TDiagObject*> placed;
     placed.reserve(newBlocks.size());
     for (auto& b : newBlocks) {
@@ -405,8 +403,8 @@ void TDiagContainer::PlacePasted(TDiagObjectList& blocks, TDiagConnectList& wire
     for (auto& w : newWires) {
         for (TPoint& p : w->FPoints)
             p = {WrapAdd(p.X, dx), WrapAdd(p.Y, dy)};
-        w->FSrcKey = w->FSrcKey ? newKey[w->FSrcKey] : 0;
-        w->FDstKey = w->FDstKey ? newKey[w->FDstKey] : 0;
+        w->FSrcKey = w->FSrcKey ? newKey.value(w->FSrcKey) : 0;
+        w->FDstKey = w->FDstKey ? newKey.value(w->FDstKey) : 0;
         w->FSrcCrossInfo = shifted(w->FSrcCrossInfo);
         w->FDstCrossInfo = shifted(w->FDstCrossInfo);
         w->FSelectedIndex = -1;
