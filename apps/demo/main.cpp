@@ -3,7 +3,8 @@
 // the first start they are copied there from the sample diagrams. The "Diagram" menu switches
 // design mode for the current tab or for all, saves all, and saves or loads the current tab
 // through the file dialogs. The "Edit" menu undoes and redoes the current tab's steps, named
-// after them ("Undo Add Segment"). The library's other demo pages follow as further tabs.
+// after them ("Undo Add Segment"), and cuts, copies and pastes its selection. The library's other
+// demo pages follow as further tabs.
 //
 // The diagrams are edited directly (wires dragged from marker to marker, rubber band, moves
 // without Shift, an 8-pixel grid); View > Direct editing goes back to the classic gestures.
@@ -277,6 +278,34 @@ private:
         QMenu* m = menuBar()->addMenu(QStringLiteral("&Edit"));
         m->addAction(undoGroup.createUndoAction(this));
         m->addAction(undoGroup.createRedoAction(this));
+        // The clipboard of the current tab; in direct editing the surface has Ctrl+X, Ctrl+C and
+        // Ctrl+V for the same.
+        m->addSeparator();
+        QAction* cut = m->addAction(QStringLiteral("Cu&t"), this, [this] {
+            if (vde::TDiagContainer* dc = CurrentContainer())
+                dc->CutSelection();
+        });
+        QAction* copy = m->addAction(QStringLiteral("&Copy"), this, [this] {
+            if (vde::TDiagContainer* dc = CurrentContainer())
+                dc->CopySelection();
+        });
+        QAction* paste = m->addAction(QStringLiteral("&Paste"), this, [this] {
+            if (vde::TDiagContainer* dc = CurrentContainer())
+                dc->PasteClipboard();
+        });
+        connect(m, &QMenu::aboutToShow, this, [this, cut, copy, paste] {
+            vde::TDiagContainer* dc = CurrentContainer();
+            const bool design = dc && dc->GetDesignMode();
+            const bool selected = design && !dc->SelectedBlocks().empty();
+            cut->setEnabled(selected);
+            copy->setEnabled(dc && !dc->SelectedBlocks().empty());
+            paste->setEnabled(design && dc->CanPaste());
+        });
+    }
+
+    vde::TDiagContainer* CurrentContainer() {
+        DiagramTab* d = Current();
+        return d && d->Module && d->Module->DiagContr ? d->Module->DiagContr.get() : nullptr;
     }
 
     void BuildViewMenu() {

@@ -41,6 +41,8 @@
 #include <utility>
 #include <vector>
 
+class QMimeData;
+
 namespace vde {
 
 struct TDirectEditing;
@@ -212,6 +214,34 @@ public:
     void ZoomIn();
     void ZoomOut();
     double NextZoomStep(int Direction) const;
+
+    // ---- clipboard of direct editing (diag_container_clipboard.cpp)
+    // The selected blocks travel with the wires whose ends are on them or on such wires, as a
+    // container stream under this MIME type, with a PNG and an SVG picture beside it. Ctrl+C,
+    // Ctrl+X and Ctrl+V do the same on the surface in direct editing; a host's Edit menu calls
+    // these with direct editing on or off.
+    static constexpr const char* kClipboardMimeType = "application/x-veldiagedit-diagram";
+    // The container stream of the selection (the blocks keep their keys in it); empty when no
+    // block is selected.
+    QByteArray SelectionBytes();
+    // What the clipboard gets from a copy: the stream and the two pictures; null when no block
+    // is selected. The caller owns it.
+    QMimeData* SelectionMimeData();
+    // False when no block is selected.
+    bool CopySelection();
+    // Copies, then deletes the selection as Delete does: one undo step. Cut and paste change
+    // the diagram in design mode only (false otherwise).
+    bool CutSelection();
+    // Pastes what the clipboard holds under kClipboardMimeType; a stream that fails the
+    // loader's checks changes nothing and its error goes to the dialog service. False when
+    // nothing was pasted.
+    bool PasteClipboard();
+    bool CanPaste() const;
+    // Pastes a stream: with At, its top-left corner lands there (on the grid); without, in
+    // place, or one grid step (16 pixels without a grid) further for each repeated paste. New
+    // keys, the wires re-attached to the new blocks, the pasted items selected; one undo step.
+    // A bad stream raises its typed error (EReadError, EFormatError) and changes nothing.
+    void PasteBytes(const QByteArray& Bytes, const QPoint* At = nullptr);
 
 Q_SIGNALS:
     // Anything in the diagram changed: a step, an undo or redo, a load.
@@ -387,6 +417,21 @@ private:
     void AutoScrollTick();
     std::unique_ptr<TZoomState> FZoomState;
     double FZoom = 1.0;
+
+    // Enables only the items of a context menu that apply to what is selected now (direct
+    // editing); the classic gestures leave the menus alone.
+    void PrepareDirectMenu(TPopupMenu* Menu);
+    void EnableDisabledMenuItems();
+    // The mouse left the surface: hover's highlight and hint go.
+    void WatchLeave(bool On);
+    void DirectMouseLeft();
+    std::unique_ptr<QObject> FLeaveWatch;
+    // Moves checked blocks and wires of a paste into the diagram, DX, DY further.
+    void PlacePasted(TDiagObjectList& Blocks, TDiagConnectList& Wires, int DX, int DY);
+    std::vector<QPointer<TMenuItem>> FMenuDisabled;
+    // The last stream copied or pasted here, and how many times it was pasted since.
+    size_t FPasteHash = 0;
+    int FPasteCount = 0;
     std::unique_ptr<TDirectEditing> FDirect;
     bool FDirectOn = false;
     bool FParentDirectHooked = false;

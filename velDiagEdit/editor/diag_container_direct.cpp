@@ -204,6 +204,8 @@ void TDiagContainer::SetDirectEditing(bool Value) {
             FParent->setToolTip(FSavedToolTip);
         FDirect->OwnsTip = false;
     }
+    if (!Value)
+        EnableDisabledMenuItems();
     if (!Value && ObjList) {
         // The classic gestures know one selected block: the others are let go.
         TDiagObject* keep = SelObj && SelObj->FSelected ? SelObj.data() : nullptr;
@@ -300,7 +302,7 @@ void TDiagContainer::ClassicHint(TDiagObject* Block, int X, int Y) {
                     .arg(MarkerName(m)));
     else
         SetHint(TDiagContainer::tr("Click to select %1; Shift-drag to move, Shift-drag the "
-                               "bottom-right corner to resize")
+                                   "bottom-right corner to resize")
                     .arg(GoodDiagObjTypeName(Block->GetDiagObjType())));
 }
 
@@ -389,6 +391,7 @@ void TDiagContainer::HookParentForDirect() {
     }
     SetMouseHandlers(FParent, h);
     FParentDirectHooked = want;
+    WatchLeave(want);
 }
 
 // ---- the mouse --------------------------------------------------------------------------------
@@ -523,6 +526,7 @@ void TDiagContainer::DirectMouseUp(TMouseButton Button, TShiftState Shift, TPoin
             const TPoint s = SurfaceToScreen(P);
             TPopupMenu* menu = m != 0 ? pmConnections.data() : pmObjects.data();
             NoteSelection();
+            PrepareDirectMenu(menu);
             if (menu)
                 menu->Popup(s.X, s.Y);
             return;
@@ -990,7 +994,8 @@ bool TDiagContainer::IsDirectKey(int Key, Qt::KeyboardModifiers Modifiers) const
     if (!DirectActive() || !IsCustomDrawnControl(FParent))
         return false;
     const Qt::KeyboardModifiers mods = Modifiers & ~Qt::KeypadModifier;
-    if (mods == Qt::ControlModifier && Key == Qt::Key_A)
+    if (mods == Qt::ControlModifier &&
+        (Key == Qt::Key_A || Key == Qt::Key_C || Key == Qt::Key_X || Key == Qt::Key_V))
         return true;
     if (IsZoomKey(Key, Modifiers))
         return true;
@@ -1016,6 +1021,18 @@ bool TDiagContainer::DirectKeyDown(int Key, Qt::KeyboardModifiers Modifiers) {
     }
     if (ZoomKeyDown(Key, Modifiers))
         return true;
+    if (mods == Qt::ControlModifier && Key == Qt::Key_C) {
+        CopySelection();
+        return true;
+    }
+    if (mods == Qt::ControlModifier && Key == Qt::Key_X) {
+        CutSelection();
+        return true;
+    }
+    if (mods == Qt::ControlModifier && Key == Qt::Key_V) {
+        PasteClipboard();
+        return true;
+    }
     if (mods & Qt::ControlModifier)
         return false;
     const int step = (mods & Qt::ShiftModifier) ? 10 : 1;

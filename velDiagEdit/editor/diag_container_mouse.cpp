@@ -200,6 +200,7 @@ void TDiagContainer::ParentMouseUp(QObject* Sender, TMouseButton Button, TShiftS
     TPopupMenu* menu = SelInfo.Value() != 0 ? pmConnections.data() : pmObjects.data();
     if (!menu)
         return;
+    PrepareDirectMenu(menu);
     const TPoint s = SurfaceToScreen(TPoint{X, Y});
     menu->Popup(s.X, s.Y);
 }

@@ -384,6 +384,22 @@
         <source>%1 block(s), %2 wire(s)</source>
         <translation>%1 block(s), %2 wire(s)</translation>
     </message>
+    <message>
+        <source>Diagram</source>
+        <translation>Diagram</translation>
+    </message>
+    <message>
+        <source>Cut</source>
+        <translation>Cut</translation>
+    </message>
+    <message>
+        <source>The clipboard holds no diagram that can be pasted: %1</source>
+        <translation>The clipboard holds no diagram that can be pasted: %1</translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation>Paste</translation>
+    </message>
 </context>
 <context>
     <name>vde::TDiagObjectType</name>

@@ -384,6 +384,22 @@
         <source>%1 block(s), %2 wire(s)</source>
         <translation>Блоков: %1, соединений: %2</translation>
     </message>
+    <message>
+        <source>Diagram</source>
+        <translation>Схема</translation>
+    </message>
+    <message>
+        <source>Cut</source>
+        <translation>Вырезать</translation>
+    </message>
+    <message>
+        <source>The clipboard holds no diagram that can be pasted: %1</source>
+        <translation>В буфере обмена нет схемы, которую можно вставить: %1</translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation>Вставить</translation>
+    </message>
 </context>
 <context>
     <name>vde::TDiagObjectType</name>
