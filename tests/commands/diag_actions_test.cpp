@@ -609,10 +609,14 @@ TEST_F(ActionsFixture, SaveDiagramByNameWritesTheFileBesideTheHostProgram) {
 }
 
 TEST_F(ActionsFixture, NamesThatWouldLeaveTheProgramsFolderAreRefusedAndNothingIsWritten) {
+    // The program lives one folder down in the scratch folder, so that what lies above it is
+    // this test's alone (the system's temporary folder changes under tests run beside it).
+    const QString program = Dir() + QStringLiteral("program/");
+    ASSERT_TRUE(QDir().mkpath(program));
+    const TScopedHostProgramPath inner(program + QStringLiteral("host.exe"));
     Surface();
     Text(30, 30);
-    const QString outside =
-        QDir::cleanPath(Dir() + QStringLiteral("..")); // above the program's folder
+    const QString outside = dir.path(); // above the program's folder
     const QStringList before = QDir(outside).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
     const QString bad[] = {QStringLiteral("../escape"),
                            QStringLiteral(".."),
@@ -627,11 +631,11 @@ TEST_F(ActionsFixture, NamesThatWouldLeaveTheProgramsFolderAreRefusedAndNothingI
         EXPECT_THROW(dm->LoadDiagram(name), EInvalidOperation);
     }
     EXPECT_EQ(QDir(outside).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
-    EXPECT_EQ(QDir(Dir()).entryList(QDir::Files), QStringList());
+    EXPECT_EQ(QDir(program).entryList(QDir::Files), QStringList());
     EXPECT_FALSE(QFile::exists(QStringLiteral("/tmp/absolute.dgm")));
     // Dots inside a name are not a folder: "a..b" stays beside the program.
     dm->SaveDiagram(QStringLiteral("a..b"));
-    EXPECT_TRUE(QFile::exists(Dir() + QStringLiteral("a..b.dgm")));
+    EXPECT_TRUE(QFile::exists(program + QStringLiteral("a..b.dgm")));
 }
 
 TEST_F(ActionsFixture, SaveDiagramByNameOverwritesAnOlderFile) {
