@@ -3,6 +3,7 @@
 // save from another process.
 
 #include "common/db_test_util.h"
+#include "common/line_process.h"
 #include "common/test_util.h"
 
 #include <velDiagEdit/velDiagEdit.h>
@@ -56,48 +57,7 @@ constexpr int kReloadBoundMs = 10000;
 // How long a host is given to show an event that must not come.
 constexpr int kQuietMs = 2500;
 
-// A program spoken to line by line.
-class Process {
-public:
-    Process(const QString& program, const QStringList& args) {
-        FProcess.setProgram(program);
-        FProcess.setArguments(args);
-        FProcess.start();
-        FStarted = FProcess.waitForStarted(10000);
-    }
-    ~Process() {
-        if (FProcess.state() != QProcess::NotRunning) {
-            FProcess.kill();
-            FProcess.waitForFinished(5000);
-        }
-    }
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
-
-    bool Started() const { return FStarted; }
-    // The next line on standard output; "timeout ..." when none comes within ms.
-    QString Read(int ms = 30000) {
-        QElapsedTimer t;
-        t.start();
-        while (!FProcess.canReadLine()) {
-            const int left = int(ms - t.elapsed());
-            if (left <= 0 || !FProcess.waitForReadyRead(left))
-                return QStringLiteral("timeout; stderr: ") +
-                       QString::fromLocal8Bit(FProcess.readAllStandardError());
-        }
-        return QString::fromUtf8(FProcess.readLine()).trimmed();
-    }
-    QString Ask(const QString& line) {
-        FProcess.write(line.toUtf8() + '\n');
-        FProcess.waitForBytesWritten(5000);
-        return Read();
-    }
-    QProcess& Get() { return FProcess; }
-
-private:
-    QProcess FProcess;
-    bool FStarted = false;
-};
+using Process = TLineProcess;
 
 QString Word(const QString& line, int i) {
     return line.split(QLatin1Char(' ')).value(i);
@@ -320,8 +280,8 @@ QString WaitUntilWatching(Process& w) {
     QElapsedTimer t;
     t.start();
     while (!err.contains(QLatin1Char('\n')) && t.elapsed() < 30000) {
-        w.Get().waitForReadyRead(1000);
-        err += QString::fromLocal8Bit(w.Get().readAllStandardError());
+        w.Process().waitForReadyRead(1000);
+        err += QString::fromLocal8Bit(w.Process().readAllStandardError());
     }
     return err.trimmed();
 }
@@ -350,9 +310,9 @@ TEST_P(DbWatch, CountOneEndsAfterASaveFromAnotherProcessWithItsFingerprint) {
     EXPECT_TRUE(QDateTime::fromString(words[0], Qt::ISODateWithMs).isValid()) << line.toStdString();
     EXPECT_EQ(words[1], QStringLiteral("Chart"));
     EXPECT_EQ(words[2], Word(saved, 1));
-    ASSERT_TRUE(w.Get().waitForFinished(10000));
-    EXPECT_EQ(w.Get().exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(w.Get().exitCode(), 0);
+    ASSERT_TRUE(w.Process().waitForFinished(10000));
+    EXPECT_EQ(w.Process().exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(w.Process().exitCode(), 0);
 }
 
 TEST_P(DbWatch, SigtermEndsTheWatchWithStatusZeroAndPrintsNothingWithoutAChange) {
@@ -367,8 +327,8 @@ TEST_P(DbWatch, SigtermEndsTheWatchWithStatusZeroAndPrintsNothingWithoutAChange)
     ASSERT_EQ(b->Ask(QStringLiteral("load")), QStringLiteral("loaded %1 10,10").arg(first));
     ASSERT_EQ(b->Ask(QStringLiteral("save")), QStringLiteral("saved ") + first);
     EXPECT_TRUE(w.Read(kQuietMs).startsWith(QStringLiteral("timeout")));
-    w.Get().terminate(); // SIGTERM
-    ASSERT_TRUE(w.Get().waitForFinished(10000));
-    EXPECT_EQ(w.Get().exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(w.Get().exitCode(), 0);
+    w.Process().terminate(); // SIGTERM
+    ASSERT_TRUE(w.Process().waitForFinished(10000));
+    EXPECT_EQ(w.Process().exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(w.Process().exitCode(), 0);
 }

@@ -3,6 +3,7 @@
 // PostgreSQL.
 
 #include "common/db_test_util.h"
+#include "common/line_process.h"
 #include "common/test_util.h"
 
 #include <velDiagEdit/velDiagEdit.h>
@@ -57,51 +58,10 @@ struct MediumName {
 
 const QString kSection = QStringLiteral("frmMain.frmConfig.Chart");
 
-// One host program, spoken to line by line.
-class Host {
-public:
-    explicit Host(const QStringList& args) {
-        FProcess.setProgram(QStringLiteral(STORAGE_HOST_PATH));
-        FProcess.setArguments(args);
-        FProcess.start();
-        FStarted = FProcess.waitForStarted(10000);
-    }
-    ~Host() {
-        if (FProcess.state() != QProcess::NotRunning) {
-            FProcess.kill();
-            FProcess.waitForFinished(5000);
-        }
-    }
-    Host(const Host&) = delete;
-    Host& operator=(const Host&) = delete;
-
-    bool Started() const { return FStarted; }
-    void Send(const QString& line) { FProcess.write(line.toUtf8() + '\n'); }
-    void Flush() { FProcess.waitForBytesWritten(5000); }
-    // The next line the host prints; "timeout ..." with its error output when none comes.
-    QString Read(int ms = 30000) {
-        while (!FProcess.canReadLine()) {
-            if (!FProcess.waitForReadyRead(ms))
-                return QStringLiteral("timeout; stderr: ") +
-                       QString::fromLocal8Bit(FProcess.readAllStandardError());
-        }
-        return QString::fromUtf8(FProcess.readLine()).trimmed();
-    }
-    QString Ask(const QString& line) {
-        Send(line);
-        Flush();
-        return Read();
-    }
-    // SIGKILL, and waits for the end.
-    void Kill() {
-        FProcess.kill();
-        FProcess.waitForFinished(10000);
-    }
-    QProcess& Process() { return FProcess; }
-
-private:
-    QProcess FProcess;
-    bool FStarted = false;
+// The storage host program, spoken to line by line.
+struct Host : TLineProcess {
+    explicit Host(const QStringList& args)
+        : TLineProcess(QStringLiteral(STORAGE_HOST_PATH), args) {}
 };
 
 // The places of the blocks of a stored diagram, as "x,y" texts; empty for nothing stored.

@@ -4,6 +4,7 @@
 // the same connection succeeds. The test starts a server of its own, since it stops it.
 
 #include "common/db_test_util.h"
+#include "common/line_process.h"
 
 #include <velDiagEdit/velDiagEdit.h>
 
@@ -51,42 +52,10 @@ QString Word(const QString& line, int i) {
     return line.split(QLatin1Char(' ')).value(i);
 }
 
-// The host program, spoken to line by line.
-class Host {
-public:
-    explicit Host(const QStringList& args) {
-        FProcess.setProgram(QStringLiteral(STORAGE_HOST_PATH));
-        FProcess.setArguments(args);
-        FProcess.start();
-        FStarted = FProcess.waitForStarted(10000);
-    }
-    ~Host() {
-        if (FProcess.state() != QProcess::NotRunning) {
-            FProcess.kill();
-            FProcess.waitForFinished(5000);
-        }
-    }
-    Host(const Host&) = delete;
-    Host& operator=(const Host&) = delete;
-
-    bool Started() const { return FStarted; }
-    void Send(const QString& line) {
-        FProcess.write(line.toUtf8() + '\n');
-        FProcess.waitForBytesWritten(5000);
-    }
-    // The next line the host prints; "timeout ..." with its error output when none comes.
-    QString Read(int ms = 60000) {
-        while (!FProcess.canReadLine()) {
-            if (!FProcess.waitForReadyRead(ms))
-                return QStringLiteral("timeout; stderr: ") +
-                       QString::fromLocal8Bit(FProcess.readAllStandardError());
-        }
-        return QString::fromUtf8(FProcess.readLine()).trimmed();
-    }
-
-private:
-    QProcess FProcess;
-    bool FStarted = false;
+// The storage host program, spoken to line by line.
+struct Host : TLineProcess {
+    explicit Host(const QStringList& args)
+        : TLineProcess(QStringLiteral(STORAGE_HOST_PATH), args) {}
 };
 
 // Without and with the conflict check (a plain post, or a transaction that reads the record
@@ -161,12 +130,13 @@ TEST_P(ServerGoneMidSave, TheSaveInFlightFailsTheRecordStaysWholeAndTheNextSaveS
     for (; rounds < kMaxRounds && midSave < kCaught; ++rounds) {
         const int round = rounds;
         h.Send(QStringLiteral("run"));
+        h.Flush();
         // A save or two go through; the server stops a random moment into a later one.
         const int passes = 1 + QRandomGenerator::global()->bounded(2);
         int saving = -1, lastSaved = -1;
         QString line;
         for (int ok = 0; ok < passes;) {
-            line = h.Read();
+            line = h.Read(60000);
             if (line.startsWith(QStringLiteral("saving ")))
                 continue;
             ASSERT_TRUE(line.startsWith(QStringLiteral("saved "))) << line.toStdString();
@@ -174,14 +144,14 @@ TEST_P(ServerGoneMidSave, TheSaveInFlightFailsTheRecordStaysWholeAndTheNextSaveS
             saveMs = std::max<qint64>(1, Word(line, 3).toLongLong());
             ++ok;
         }
-        line = h.Read();
+        line = h.Read(60000);
         ASSERT_TRUE(line.startsWith(QStringLiteral("saving "))) << line.toStdString();
         saving = Word(line, 1).toInt();
         QThread::usleep(QRandomGenerator::global()->bounded(quint32(saveMs * 300 + 1)));
         ASSERT_TRUE(server.Crash()) << server.Error().toStdString();
         // Saves that ended before the stop took hold report success; the one it caught fails.
         for (;;) {
-            line = h.Read();
+            line = h.Read(60000);
             if (line.startsWith(QStringLiteral("saving ")))
                 continue;
             if (!line.startsWith(QStringLiteral("saved ")))
@@ -220,7 +190,8 @@ TEST_P(ServerGoneMidSave, TheSaveInFlightFailsTheRecordStaysWholeAndTheNextSaveS
         // before the server died, differs from the one remembered: the retry would be asked
         // about a conflict with its own bytes.)
         h.Send(QStringLiteral("retry"));
-        line = h.Read();
+        h.Flush();
+        line = h.Read(60000);
         EXPECT_EQ(Word(line, 0).toStdString(), "saved") << line.toStdString();
         EXPECT_EQ(Word(line, 1).toInt(), failed) << line.toStdString();
         EXPECT_EQ(Word(line, 2).toStdString(), "0") << "still to be saved: " << line.toStdString();
@@ -233,6 +204,7 @@ TEST_P(ServerGoneMidSave, TheSaveInFlightFailsTheRecordStaysWholeAndTheNextSaveS
         GetParam() ? "on" : "off", rounds, midSave, storedOld, storedNew, saveMs);
     EXPECT_GE(midSave, 1) << "the stop never came while a save was under way";
     h.Send(QStringLiteral("quit"));
+    h.Flush();
     QSqlDatabase::database(reader, false).close();
     QSqlDatabase::removeDatabase(reader);
 }
