@@ -15,6 +15,8 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <QSvgRenderer>
 #include <QTemporaryDir>
 #include <QWidget>
@@ -1103,6 +1105,21 @@ TEST_P(VeldiagDb, InitMakesATableThatPutAndGetUse) {
               (QVariantList{QStringLiteral("frmMain.frmConfig.H")}));
     EXPECT_EQ(Db->Column(fresh, QStringLiteral("BinData_Main")).at(0).toByteArray(),
               ReadAll(Example("half_adder", "dgm")));
+    if (GetParam() == DbKind::PostgreSQL) {
+        // The data column is compressed with lz4 where the server has it ('l'), else with the
+        // server's default (empty).
+        QSqlQuery col(Db->Db());
+        ASSERT_TRUE(col.exec(QStringLiteral("SELECT a.attcompression FROM pg_attribute a JOIN "
+                                            "pg_class c ON c.oid = a.attrelid WHERE c.relname = "
+                                            "'%1' AND a.attname = 'BinData_Main'")
+                                 .arg(fresh)))
+            << col.lastError().text().toStdString();
+        ASSERT_TRUE(col.next());
+        QSqlQuery has(Db->Db());
+        const bool serverHasLz4 =
+            has.exec(QStringLiteral("CREATE TEMP TABLE vde_lz4_probe (b BYTEA COMPRESSION lz4)"));
+        EXPECT_EQ(col.value(0).toString(), serverHasLz4 ? QStringLiteral("l") : QString());
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Databases, VeldiagDb,
