@@ -4,6 +4,8 @@
 #include "commands_test_util.h"
 #include "undo_test_util.h"
 
+#include "velDiagEdit/platform/translations.h"
+
 #include <QSignalSpy>
 #include <QTest>
 
@@ -495,6 +497,15 @@ TEST_F(DirectFixture, ABlocksTooltipNamesItsKindAndCounts) {
     MoveTo(QPoint(80, 100));
     // An AND gate has two inputs and one output.
     EXPECT_EQ(panel.toolTip(), QStringLiteral("AndLogic: 2 input(s), 1 output(s)"));
+    // With the library's English texts installed the kind is named as the menus name it.
+    ASSERT_TRUE(InstallTranslations(QLocale(QLocale::English)));
+    MoveTo(QPoint(200, 260));
+    MoveTo(QPoint(80, 100));
+    const QString tip = panel.toolTip(), hint = dc->Hint();
+    RemoveTranslations();
+    EXPECT_EQ(tip, QStringLiteral("AND gate: 2 input(s), 1 output(s)"));
+    EXPECT_EQ(hint,
+              QStringLiteral("Click to select AND gate, drag to move it, Ctrl-click to add it"));
     MoveTo(QPoint(200, 260));
     EXPECT_EQ(panel.toolTip(), QString());
     dc->SetDirectEditing(false);

@@ -303,7 +303,7 @@ void TDiagContainer::ClassicHint(TDiagObject* Block, int X, int Y) {
     else
         SetHint(TDiagContainer::tr("Click to select %1; Shift-drag to move, Shift-drag the "
                                    "bottom-right corner to resize")
-                    .arg(GoodDiagObjTypeName(Block->GetDiagObjType())));
+                    .arg(DiagObjTypeCaption(Block->GetDiagObjType()).Translated()));
 }
 
 void TDiagContainer::NoteSelection() {
@@ -635,12 +635,12 @@ void TDirectEditing::Hover(TDiagContainer& C, TPoint P) {
         hint = TDiagContainer::tr("Drag to resize");
     } else if (TDiagObject* b = BlockAt(C.FParent, P)) {
         hint = TDiagContainer::tr("Click to select %1, drag to move it, Ctrl-click to add it")
-                   .arg(GoodDiagObjTypeName(b->GetDiagObjType()));
+                   .arg(DiagObjTypeCaption(b->GetDiagObjType()).Translated());
     }
     // The tooltip names the block under the mouse: its kind and its counts.
     TDiagObject* under = mb ? mb : BlockAt(C.FParent, P);
     const QString tip = under ? TDiagContainer::tr("%1: %2 input(s), %3 output(s)")
-                                    .arg(GoodDiagObjTypeName(under->GetDiagObjType()))
+                                    .arg(DiagObjTypeCaption(under->GetDiagObjType()).Translated())
                                     .arg(under->FInputs.size())
                                     .arg(under->FOutputs.size())
                               : QString();
@@ -694,7 +694,7 @@ void TDirectEditing::WireStep(TDiagContainer& C, TPoint P) {
         d.Preview = c->FPoints;
         C.SetHint(TDiagContainer::tr("Release to wire %1 to %2 of %3")
                       .arg(MarkerName(d.Marker), MarkerName(m),
-                           GoodDiagObjTypeName(target->GetDiagObjType())));
+                           DiagObjTypeCaption(target->GetDiagObjType()).Translated()));
     } else {
         const LongRec seg = C.ConList->FindBestSegment(P, nullptr, true, 0);
         TDiagConnection* on = seg.IsZero() ? nullptr : C.ConList->Items(seg.Hi - 1);
