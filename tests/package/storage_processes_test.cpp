@@ -336,7 +336,8 @@ TEST_P(KillDuringSave, TheStoredDiagramIsAlwaysOneOfTheTwoVersionsAndNoTemporary
     ASSERT_TRUE(dir.isValid() && versions.isValid());
     Storage store(GetParam(), dir.path());
     ASSERT_TRUE(store.Error().isEmpty()) << store.Error().toStdString();
-    const QString side = qEnvironmentVariable("VDE_KILL_TEST_SIDE", QStringLiteral("32"));
+    // 100 × 100 gates: a diagram of 10,000 blocks, whose save takes long enough to be hit.
+    const QString side = qEnvironmentVariable("VDE_KILL_TEST_SIDE", QStringLiteral("100"));
     const int rounds = qEnvironmentVariableIntValue("VDE_KILL_TEST_ROUNDS") > 0
                            ? qEnvironmentVariableIntValue("VDE_KILL_TEST_ROUNDS")
                            : 30;
