@@ -2,8 +2,7 @@
 // surface, checked on the model, the stream and rendered pictures; with direct editing off and
 // at 100% the surface stays exactly what it was.
 
-#include "commands_test_util.h"
-#include "undo_test_util.h"
+#include "direct_fixture.h"
 
 #include "common/test_util.h"
 
@@ -23,60 +22,12 @@ using namespace vde::test;
 
 namespace {
 
-class ZoomFixture : public CommandsFixture {
+class ZoomFixture : public DirectFixture {
 protected:
-    TDiagObject* a = nullptr; // AND gate at (50, 60), 60 x 100
-    TDiagObject* b = nullptr; // AND gate at (250, 120), 60 x 100
-    TDiagUndoStack* stack = nullptr;
-
-    void SetUp() override {
-        CommandsFixture::SetUp();
-        a = Place(doAndLogic, 50, 60);
-        b = Place(doAndLogic, 250, 120);
-        dc->AssignContextMenus(&menuConnections, &menuObjects);
-        dc->SetDesignMode(true);
-        dc->SetDirectEditing(true);
-        stack = dc->UndoStack();
-        stack->clear();
-    }
-
-    // Where a user aims to take a marker at 100%: its point on the body's edge, 2 pixels inside.
-    static QPoint Aim(TDiagObject* blk, int marker) {
-        TPoint p{};
-        EXPECT_TRUE(blk->GetConPoint(marker, p, true));
-        return QPoint(p.X + (marker < 0 ? 2 : -2), p.Y);
-    }
-
-    void Press(QPoint p, Qt::KeyboardModifiers mods = Qt::NoModifier) {
-        QTest::mousePress(&panel, Qt::LeftButton, mods, p);
-    }
-    void Release(QPoint p, Qt::KeyboardModifiers mods = Qt::NoModifier) {
-        QTest::mouseRelease(&panel, Qt::LeftButton, mods, p);
-    }
-    void MoveTo(QPoint p) { QTest::mouseMove(&panel, p); }
-    void DragPanel(QPoint from, QPoint to, int steps = 5) {
-        Press(from);
-        for (int i = 1; i <= steps; ++i)
-            MoveTo(from + (to - from) * i / steps);
-        Release(to);
-    }
-    void Click(QPoint p, Qt::KeyboardModifiers mods = Qt::NoModifier) {
-        Press(p, mods);
-        Release(p, mods);
-    }
-    void Key(int key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
-        QTest::keyClick(&panel, Qt::Key(key), mods);
-    }
     void Wheel(QPoint at, int delta, Qt::KeyboardModifiers mods = Qt::ControlModifier) {
         QWheelEvent e(QPointF(at), QPointF(panel.mapToGlobal(at)), QPoint(), QPoint(0, delta),
                       Qt::NoButton, mods, Qt::NoScrollPhase, false);
         QApplication::sendEvent(&panel, &e);
-    }
-
-    std::vector<uint8_t> Stream() const {
-        TMemoryStream s;
-        dc->SaveToStream(s);
-        return s.Bytes();
     }
 };
 
