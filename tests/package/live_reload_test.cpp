@@ -5,6 +5,7 @@
 #include "common/db_test_util.h"
 #include "common/line_process.h"
 #include "common/test_util.h"
+#include "storage_media.h"
 
 #include <velDiagEdit/velDiagEdit.h>
 
@@ -28,100 +29,12 @@ void PrintTo(const QString& s, std::ostream* os) {
 
 namespace {
 
-enum class Medium { File, SQLite, PostgreSQL };
-
-std::string NameOf(Medium m) {
-    switch (m) {
-    case Medium::File:
-        return "File";
-    case Medium::SQLite:
-        return "SQLite";
-    case Medium::PostgreSQL:
-        return "PostgreSQL";
-    }
-    return "?";
-}
-
-void PrintTo(Medium m, std::ostream* os) {
-    *os << NameOf(m);
-}
-
-struct MediumName {
-    template <class Info> std::string operator()(const Info& info) const {
-        return NameOf(info.param);
-    }
-};
-
 // Generous: a loaded CI machine must not fail the test; the measured delays are printed.
 constexpr int kReloadBoundMs = 10000;
 // How long a host is given to show an event that must not come.
 constexpr int kQuietMs = 2500;
 
 using Process = TLineProcess;
-
-QString Word(const QString& line, int i) {
-    return line.split(QLatin1Char(' ')).value(i);
-}
-
-// Where the hosts keep the diagram "Chart".
-class Storage {
-public:
-    Storage(Medium m, const QString& dir) : FMedium(m), FDir(dir) {
-        if (m == Medium::SQLite) {
-            FConnection = QStringLiteral("live_sqlite_%1").arg(quintptr(this));
-            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), FConnection);
-            db.setDatabaseName(dir + QStringLiteral("/config.db"));
-            if (!db.open())
-                FError = db.lastError().text();
-            QSqlQuery q(db);
-            if (!q.exec(QStringLiteral("CREATE TABLE \"Config\" (\"id\" INTEGER PRIMARY KEY, "
-                                       "\"Section\" TEXT NOT NULL, \"Key\" TEXT NOT NULL, "
-                                       "\"BinData\" BLOB, UNIQUE (\"Section\", \"Key\"))")))
-                FError = q.lastError().text();
-            FUrl = QStringLiteral("sqlite:%1/config.db?table=Config").arg(dir);
-        } else if (m == Medium::PostgreSQL) {
-            FDb = std::make_unique<TestDatabase>(DbKind::PostgreSQL);
-            FError = FDb->Error();
-            if (!FError.isEmpty())
-                return;
-            FTable = FDb->NewTableName(QStringLiteral("Config"));
-            FDb->CreateConfigTable(FTable, QStringLiteral("\"BinData\" BYTEA, UNIQUE "
-                                                          "(\"Section\", \"Key\")"));
-            FUrl = qEnvironmentVariable("VDE_PG_URL") + QStringLiteral("?table=") + FTable;
-        }
-    }
-    ~Storage() {
-        if (FMedium == Medium::SQLite) {
-            QSqlDatabase::database(FConnection, false).close();
-            QSqlDatabase::removeDatabase(FConnection);
-        }
-    }
-    Storage(const Storage&) = delete;
-    Storage& operator=(const Storage&) = delete;
-
-    const QString& Error() const { return FError; }
-    const QString& Url() const { return FUrl; }
-
-    QStringList Args() const {
-        switch (FMedium) {
-        case Medium::File:
-            return {QStringLiteral("--medium"), QStringLiteral("file"), QStringLiteral("--dir"),
-                    FDir};
-        case Medium::SQLite:
-            return {QStringLiteral("--medium"), QStringLiteral("sqlite"),
-                    QStringLiteral("--database"), FUrl};
-        case Medium::PostgreSQL:
-            return {QStringLiteral("--medium"), QStringLiteral("postgresql"),
-                    QStringLiteral("--database"), FUrl};
-        }
-        return {};
-    }
-
-private:
-    Medium FMedium;
-    QString FDir, FUrl, FTable, FConnection, FError;
-    std::unique_ptr<TestDatabase> FDb;
-};
 
 class LiveReload : public ::testing::TestWithParam<Medium> {
 protected:
