@@ -1,5 +1,6 @@
 // Not a test: writes the pictures of docs/editing.md's direct gestures, made by mouse events on
-// a surface with direct editing on: a wire being dragged toward a marker, and a rubber band.
+// a surface with direct editing on: a wire being dragged toward a marker, a rubber band, and the
+// view at 200% with the selected block's corner handle.
 // Usage: vde_direct_pictures <folder>
 
 #include "velDiagEdit/editor/diag_container.h"
@@ -7,6 +8,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QImage>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPalette>
 #include <QWidget>
@@ -47,10 +49,11 @@ struct Surface {
         dc->AssignObjEvents(b);
         return b;
     }
-    static QPoint Aim(TDiagObject* b, int m) {
+    // Where a marker is aimed at, on the surface at the zoom shown.
+    QPoint Aim(TDiagObject* b, int m) const {
         TPoint p{};
         b->GetConPoint(m, p, true);
-        return QPoint(p.X + (m < 0 ? 2 : -2), p.Y);
+        return QPoint(p.X + (m < 0 ? 2 : -2), p.Y) * dc->Zoom();
     }
     void Mouse(QEvent::Type type, QPoint at) {
         const Qt::MouseButtons held =
@@ -68,6 +71,10 @@ struct Surface {
             Mouse(QEvent::MouseButtonRelease, to);
         QApplication::processEvents();
     }
+    void Key(int key, Qt::KeyboardModifiers mods) {
+        QKeyEvent e(QEvent::KeyPress, key, mods);
+        QApplication::sendEvent(&panel, &e);
+    }
     QImage Render() {
         QImage img(panel.size(), QImage::Format_ARGB32);
         img.fill(Qt::white);
@@ -84,22 +91,42 @@ int main(int argc, char** argv) {
     {
         Surface s;
         // One wire already dropped on a marker, the next one under way toward the latch.
-        s.Drag(Surface::Aim(s.a, 1), Surface::Aim(s.r, -1), true);
-        s.Drag(Surface::Aim(s.o, 1), Surface::Aim(s.r, -2), false);
+        s.Drag(s.Aim(s.a, 1), s.Aim(s.r, -1), true);
+        s.Drag(s.Aim(s.o, 1), s.Aim(s.r, -2), false);
         const QString file = dir.filePath(QStringLiteral("direct_wire.png"));
         s.Render().save(file);
         std::printf("%s\n", qPrintable(file));
-        s.Mouse(QEvent::MouseButtonRelease, Surface::Aim(s.r, -2));
+        s.Mouse(QEvent::MouseButtonRelease, s.Aim(s.r, -2));
     }
     {
         Surface s;
-        s.Drag(Surface::Aim(s.a, 1), Surface::Aim(s.r, -1), true);
-        s.Drag(Surface::Aim(s.o, 1), Surface::Aim(s.r, -2), true);
+        s.Drag(s.Aim(s.a, 1), s.Aim(s.r, -1), true);
+        s.Drag(s.Aim(s.o, 1), s.Aim(s.r, -2), true);
         s.Drag(QPoint(20, 15), QPoint(200, 250), false);
         const QString file = dir.filePath(QStringLiteral("direct_band.png"));
         s.Render().save(file);
         std::printf("%s\n", qPrintable(file));
         s.Mouse(QEvent::MouseButtonRelease, QPoint(200, 250));
+    }
+    {
+        Surface s;
+        s.Drag(s.Aim(s.a, 1), s.Aim(s.r, -1), true);
+        s.Drag(s.Aim(s.o, 1), s.Aim(s.r, -2), true);
+        // Ctrl++ three times: 125, 150, 200%.
+        for (int i = 0; i < 3; ++i)
+            s.Key(Qt::Key_Plus, Qt::ControlModifier);
+        // Select the AND gate by a click on its body.
+        const QPoint body = QPoint(60, 60) * s.dc->Zoom();
+        s.Mouse(QEvent::MouseButtonPress, body);
+        s.Mouse(QEvent::MouseButtonRelease, body);
+        QApplication::processEvents();
+        // The part of the view a 560 x 360 window would show.
+        QImage img(560, 360, QImage::Format_ARGB32);
+        img.fill(Qt::white);
+        s.panel.render(&img, QPoint(), QRegion(0, 0, 560, 360));
+        const QString file = dir.filePath(QStringLiteral("direct_zoom.png"));
+        img.save(file);
+        std::printf("%s (zoom %g)\n", qPrintable(file), s.dc->Zoom());
     }
     return 0;
 }
