@@ -137,6 +137,7 @@ public:
 
     // --- painting
     void Paint() override;
+    bool DrawsOnlyOnCanvas() const override { return true; }
     virtual void MainPaint();
     void PaintSegments();
     void PaintRegions();

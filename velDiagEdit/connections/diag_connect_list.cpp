@@ -391,6 +391,8 @@ void TDiagConnectList::Paint() {
     // pixels are the same as when every wire is drawn.
     TRect clip;
     const bool clipped = FCanvas && FCanvas->ClipRect(clip);
+    // Wires draw through the canvas alone: their fills can go out together.
+    const TCanvasBatch batch(FCanvas);
     if (!clipped) {
         for (const auto& c : FItems)
             c->Paint();

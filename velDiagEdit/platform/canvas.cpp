@@ -201,6 +201,7 @@ ICanvasBackend* TCanvas::Resolve(bool mayBegin) {
             FForeignPainter = p;
             FForeignDevice = p->device();
             FForeignBackend = std::make_unique<TPainterBackend>(p);
+            FForeignBackend->Hold(FBatchDepth > 0);
         }
         return FForeignBackend.get();
     }
@@ -214,7 +215,25 @@ ICanvasBackend* TCanvas::Resolve(bool mayBegin) {
         return nullptr;
     }
     FOwnBackend = std::make_unique<TPainterBackend>(FOwnPainter.get());
+    FOwnBackend->Hold(FBatchDepth > 0);
     return FOwnBackend.get();
+}
+
+void TCanvas::BeginBatch() {
+    if (FBatchDepth++ > 0)
+        return;
+    if (ICanvasBackend* b = FBackend      ? FBackend
+                            : FOwnPainter ? FOwnBackend.get()
+                                          : FForeignBackend.get())
+        b->Hold(true);
+}
+
+void TCanvas::EndBatch() {
+    if (FBatchDepth == 0 || --FBatchDepth > 0)
+        return;
+    for (ICanvasBackend* b : {FBackend, FOwnBackend.get(), FForeignBackend.get()})
+        if (b)
+            b->Hold(false);
 }
 
 void TCanvas::Unresolved() {

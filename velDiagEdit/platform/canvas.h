@@ -86,6 +86,8 @@ public:
         (void)R;
         return false;
     }
+    // While held, plain fills may wait and go out together; letting go sends them.
+    virtual void Hold(bool on) { (void)on; }
 };
 
 // While alive, every canvas whose handle is `device` draws through `painter`: how a paint
@@ -150,18 +152,42 @@ public:
     // Called, when assigned, for drawing that found nowhere to draw.
     std::function<void()> OnRequestPaint;
 
+    // Between these (nested; see TCanvasBatch) plain fills may wait and go out together,
+    // which costs far less than one by one. Only for drawing that goes through this canvas
+    // alone: a waiting fill lands after whatever is drawn on the painter directly meanwhile.
+    void BeginBatch();
+    void EndBatch();
+
 private:
     // The backend drawing goes to; a painter of its own is begun on an image only when mayBegin.
     ICanvasBackend* Resolve(bool mayBegin = true);
     void Unresolved();
 
     ICanvasBackend* FBackend = nullptr;
+    int FBatchDepth = 0;
     QPaintDevice* FHandle = nullptr;
     std::unique_ptr<QPainter> FOwnPainter;
     std::unique_ptr<ICanvasBackend> FOwnBackend;
     QPainter* FForeignPainter = nullptr;
     QPaintDevice* FForeignDevice = nullptr;
     std::unique_ptr<ICanvasBackend> FForeignBackend;
+};
+
+class VELDIAGEDIT_EXPORT TCanvasBatch {
+public:
+    explicit TCanvasBatch(TCanvas* canvas) : FCanvas(canvas) {
+        if (FCanvas)
+            FCanvas->BeginBatch();
+    }
+    ~TCanvasBatch() {
+        if (FCanvas)
+            FCanvas->EndBatch();
+    }
+    TCanvasBatch(const TCanvasBatch&) = delete;
+    TCanvasBatch& operator=(const TCanvasBatch&) = delete;
+
+private:
+    TCanvas* FCanvas;
 };
 
 } // namespace vde

@@ -2,10 +2,12 @@
 
 #include "velDiagEdit/platform/event_boundary.h"
 #include "velDiagEdit/platform/graphic_host.h"
+#include "velDiagEdit/platform/picture_cache.h"
 
 #include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
+#include <optional>
 
 namespace vde {
 
@@ -239,11 +241,17 @@ QPoint TGraphicControl::mapFromGlobal(const QPoint& p) const {
 }
 
 void TGraphicControl::PaintWith(QPainter& p) {
+    if (DrawsOnlyOnCanvas() && PaintFromPictureCache(this, p))
+        return;
     p.save();
     p.translate(FGeometry.topLeft());
     p.setClipRect(rect(), Qt::IntersectClip);
     {
         const TPaintScope scope(this, &p);
+        // Drawing only through the canvas, the control's fills can go out together.
+        std::optional<TCanvasBatch> batch;
+        if (DrawsOnlyOnCanvas())
+            batch.emplace(&FCanvas);
         RunInEventBoundary("paint", [this] { Paint(); });
     }
     p.restore();

@@ -58,6 +58,9 @@ public:
     // repaint the control's rectangle, and Paint runs from that paint.
     void Invalidate() { update(); }
     virtual void Paint() {}
+    // True when Paint draws only through Canvas(): what it draws can then be told before it
+    // is drawn, and its picture kept (picture_cache.h).
+    virtual bool DrawsOnlyOnCanvas() const { return false; }
 
     QWidget* parentWidget() const { return FParent; }
     // Moves the control onto another parent (or none), keeping its place and visibility.

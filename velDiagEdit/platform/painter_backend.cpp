@@ -61,6 +61,17 @@ struct StateGuard {
 
 } // namespace
 
+const QPaintDevice* TargetDevice(const QPainter* p) {
+    const QPaintEngine* engine = p->paintEngine();
+    return engine && engine->paintDevice() ? engine->paintDevice() : p->device();
+}
+
+// A surface that follows its palette lends it to its painter for the paint (TPaletteScope).
+QColor PaintedColor(const QPainter* painter, TColor c, TColorUse use) {
+    const QPalette* palette = TPaletteScope::PaletteFor(painter);
+    return ToQColor(palette ? PaletteColor(*palette, c, use) : c);
+}
+
 TPainterBackend::TPainterBackend(QPainter* painter)
     : FPainter(painter), FRaster(IsRaster(painter)) {}
 
@@ -68,11 +79,7 @@ TPainterBackend::TPainterBackend(QPainter* painter)
 // grown by margin pixels; nothing outside it can show.
 TPainterBackend::TArea TPainterBackend::ClipArea(int64_t margin) const {
     TArea a{-kQtReach, -kQtReach, kQtReach, kQtReach};
-    // The device pixels really go to: with redirection (a widget rendered into an image) that is
-    // the engine's device, and the device transform maps onto it.
-    const QPaintEngine* engine = FPainter->paintEngine();
-    const QPaintDevice* dev =
-        engine && engine->paintDevice() ? engine->paintDevice() : FPainter->device();
+    const QPaintDevice* dev = TargetDevice(FPainter);
     if (!dev)
         return a;
     bool invertible = false;
@@ -82,11 +89,114 @@ TPainterBackend::TArea TPainterBackend::ClipArea(int64_t margin) const {
     QRectF area = toLogical.mapRect(QRectF(0, 0, dev->width(), dev->height()));
     if (FPainter->hasClipping())
         area = area.intersected(FPainter->clipBoundingRect());
-    a.L = Reachable(std::floor(area.left()) - double(margin));
-    a.T = Reachable(std::floor(area.top()) - double(margin));
-    a.R = Reachable(std::ceil(area.right()) + double(margin));
-    a.B = Reachable(std::ceil(area.bottom()) + double(margin));
-    return a;
+    return Grown(area, margin);
+}
+
+// A logical area, whole pixels outward, grown by margin.
+TPainterBackend::TArea TPainterBackend::Grown(const QRectF& area, int64_t margin) {
+    return {Reachable(std::floor(area.left()) - double(margin)),
+            Reachable(std::floor(area.top()) - double(margin)),
+            Reachable(std::ceil(area.right()) + double(margin)),
+            Reachable(std::ceil(area.bottom()) + double(margin))};
+}
+
+TPainterBackend::TArea TPainterBackend::DeviceArea(int64_t margin) const {
+    const QTransform& t = FPainter->deviceTransform();
+    if (!FDeviceKnown || t != FDeviceTransform) {
+        FDeviceKnown = true;
+        FDeviceTransform = t;
+        FDevice = {-kQtReach, -kQtReach, kQtReach, kQtReach};
+        bool invertible = false;
+        const QTransform toLogical = t.inverted(&invertible);
+        if (const QPaintDevice* dev = TargetDevice(FPainter); dev && invertible)
+            FDevice = Grown(toLogical.mapRect(QRectF(0, 0, dev->width(), dev->height())), 0);
+    }
+    const auto grow = [margin](int64_t v, int64_t by) {
+        return std::clamp(v + by * margin, -kQtReach, kQtReach);
+    };
+    return {grow(FDevice.L, -1), grow(FDevice.T, -1), grow(FDevice.R, 1), grow(FDevice.B, 1)};
+}
+
+TPainterBackend::~TPainterBackend() {
+    Flush();
+}
+
+// Fills wait only on raster devices (a vector device keeps each fill as it came) and only
+// when they would come out opaque, as they do one by one.
+void TPainterBackend::Hold(bool on) {
+    if (!on)
+        Flush();
+    FHeld = on && FRaster;
+}
+
+// Below 100% a pixel of the diagram is less than a device pixel: a fill keeps at least one
+// device pixel each way, so that a thin line neither vanishes nor, between zooms, changes
+// width. Unscaled painting fills what Qt's own fill of q would.
+void TPainterBackend::FillPixels(const QRect& q, const QColor& c) {
+    const QTransform& t = FPainter->deviceTransform();
+    const QTransform::TransformationType type = t.type();
+    const double dx = t.dx(), dy = t.dy();
+    const bool wait = FHeld && FPainter->opacity() == 1.0 &&
+                      FPainter->compositionMode() == QPainter::CompositionMode_SourceOver;
+    QRect device;
+    if (type == QTransform::TxScale && t.m11() > 0 && t.m22() > 0) {
+        const double sx = t.m11(), sy = t.m22();
+        const auto edge = [](double s, double d, double v) { return std::floor(s * v + d + 0.5); };
+        const double l = edge(sx, dx, q.x()), top = edge(sy, dy, q.y());
+        const double r = std::max(edge(sx, dx, double(q.x()) + q.width()), l + 1);
+        const double b = std::max(edge(sy, dy, double(q.y()) + q.height()), top + 1);
+        if (!wait) {
+            Flush();
+            // The device rectangle said in the painter's terms; Qt maps it back to whole pixels.
+            FPainter->fillRect(QRectF((l - dx) / sx, (top - dy) / sy, (r - l) / sx, (b - top) / sy),
+                               c);
+            return;
+        }
+        device = QRect(int(l), int(top), int(r - l), int(b - top));
+    } else if (wait && type <= QTransform::TxTranslate && dx == std::floor(dx) &&
+               dy == std::floor(dy) && std::abs(dx) < 1e9 && std::abs(dy) < 1e9) {
+        device = q.translated(int(dx), int(dy));
+    } else {
+        Flush();
+        FPainter->fillRect(q, c);
+        return;
+    }
+    if (!FWaiting.empty() && c != FWaitingColor)
+        Flush();
+    FWaitingColor = c;
+    FWaiting.push_back(device);
+}
+
+void TPainterBackend::Flush() {
+    if (FWaiting.empty())
+        return;
+    QPainter* p = FPainter;
+    p->save();
+    p->resetTransform();
+    // What is left after a reset: the redirection's offset, and the device's pixel ratio.
+    const QTransform rest = p->deviceTransform();
+    const double ox = rest.dx(), oy = rest.dy();
+    if (rest.type() <= QTransform::TxTranslate && ox == std::floor(ox) && oy == std::floor(oy)) {
+        if (ox != 0 || oy != 0)
+            for (QRect& r : FWaiting)
+                r.translate(-int(ox), -int(oy));
+        p->setRenderHint(QPainter::Antialiasing, false);
+        p->setPen(Qt::NoPen);
+        p->setBrush(FWaitingColor);
+        p->drawRects(FWaiting.data(), int(FWaiting.size()));
+        p->restore();
+    } else {
+        // One by one, each device rectangle said in the painter's terms.
+        p->restore();
+        const StateGuard g(p);
+        const QTransform& t = p->deviceTransform();
+        const double sx = t.m11(), sy = t.m22(), dx = t.dx(), dy = t.dy();
+        for (const QRect& r : FWaiting)
+            p->fillRect(
+                QRectF((r.x() - dx) / sx, (r.y() - dy) / sy, r.width() / sx, r.height() / sy),
+                FWaitingColor);
+    }
+    FWaiting.clear();
 }
 
 bool TPainterBackend::VisibleRect(TRect& R) const {
@@ -117,7 +227,7 @@ void TPainterBackend::Stamp(int64_t x, int64_t y, int w, const QColor& c, const 
     const int64_t l = x - w / 2, t = y - w / 2;
     QRect q;
     if (ClipToArea(l, t, l + w, t + w, area, q))
-        FPainter->fillRect(q, c);
+        FillPixels(q, c);
 }
 
 // A run of pixels from (x0, y0) to (x1, y1), stamped with the pen; the end pixel only when
@@ -128,8 +238,8 @@ void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool
     const QColor c = Color(pen.Color, cuPen);
     const int off = w / 2;
     const auto pattern = DashPattern(pen.Style);
-    const TArea area = ClipArea(int64_t(w) + 2);
     if (pattern.empty() && (x0 == x1 || y0 == y1)) {
+        const TArea area = DeviceArea(int64_t(w) + 2);
         int64_t ex = x1, ey = y1;
         if (!includeEnd) {
             if (x0 == x1 && y0 == y1)
@@ -141,9 +251,10 @@ void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool
         const int64_t t = std::min<int64_t>(y0, ey), b = std::max<int64_t>(y0, ey);
         QRect q;
         if (ClipToArea(l - off, t - off, r - off + w, b - off + w, area, q))
-            FPainter->fillRect(q, c);
+            FillPixels(q, c);
         return;
     }
+    const TArea area = ClipArea(int64_t(w) + 2);
     // Bresenham (the error-term form: err = dx - |dy| to start, + dx on a minor step, - |dy| on
     // a major one). Its pixel at major step k has the closed form used below, so only the steps
     // whose major coordinate lies within the area are visited, and each gives exactly the pixel
@@ -191,10 +302,8 @@ void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool
     }
 }
 
-// A surface that follows its palette lends it to its painter for the paint (TPaletteScope).
 QColor TPainterBackend::Color(TColor c, TColorUse use) const {
-    const QPalette* palette = TPaletteScope::PaletteFor(FPainter);
-    return ToQColor(palette ? PaletteColor(*palette, c, use) : c);
+    return PaintedColor(FPainter, c, use);
 }
 
 void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {
@@ -213,6 +322,7 @@ void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {
             FPainter->setRenderHint(QPainter::Antialiasing, true);
         return;
     }
+    Flush();
     StateGuard g(FPainter);
     {
         if (w == 1 && from == to)
@@ -233,16 +343,17 @@ void TPainterBackend::Rectangle(const TRect& r0, const TPen& pen, const TBrush& 
         return;
     StateGuard g(FPainter);
     const int pw = pen.Width < 1 ? 1 : pen.Width;
-    const TArea area = ClipArea(int64_t(pw) + 2);
+    const TArea area = DeviceArea(int64_t(pw) + 2);
     QRect fill;
     if (!ClipToArea(int64_t(r.Left) - pw, int64_t(r.Top) - pw, int64_t(r.Right) + pw,
                     int64_t(r.Bottom) + pw, area, fill))
         return;
     if (brush.Style != bsClear && ClipToArea(r.Left, r.Top, r.Right, r.Bottom, area, fill))
-        FPainter->fillRect(fill, Color(brush.Color, cuBrush));
+        FillPixels(fill, Color(brush.Color, cuBrush));
     if (pen.Style == psClear)
         return;
     if (!FRaster) {
+        Flush();
         QPen qp(Color(pen.Color, cuPen));
         qp.setWidth(pw);
         qp.setJoinStyle(Qt::MiterJoin);
@@ -268,6 +379,7 @@ void TPainterBackend::Ellipse(const TRect& r0, const TPen& pen, const TBrush& br
     if (!ClipToArea(int64_t(r.Left) - pw, int64_t(r.Top) - pw, int64_t(r.Right) + pw,
                     int64_t(r.Bottom) + pw, ClipArea(int64_t(pw) + 2), seen))
         return;
+    Flush();
     StateGuard g(FPainter);
     if (pen.Style == psClear) {
         FPainter->setPen(Qt::NoPen);
@@ -297,6 +409,7 @@ void TPainterBackend::Polygon(std::span<const TPoint> points, const TPen& pen,
     QRect seen;
     if (!ClipToArea(l - pw, t - pw, r + pw + 1, b + pw + 1, ClipArea(int64_t(pw) + 2), seen))
         return;
+    Flush();
     StateGuard g(FPainter);
     QPolygonF poly;
     for (const TPoint& p : points)
@@ -318,10 +431,10 @@ void TPainterBackend::FillRect(const TRect& r0, const TBrush& brush) {
     if (r.Left == r.Right || r.Top == r.Bottom || brush.Style == bsClear)
         return;
     QRect fill;
-    if (!ClipToArea(r.Left, r.Top, r.Right, r.Bottom, ClipArea(0), fill))
+    if (!ClipToArea(r.Left, r.Top, r.Right, r.Bottom, DeviceArea(0), fill))
         return;
     StateGuard g(FPainter);
-    FPainter->fillRect(fill, Color(brush.Color, cuBrush));
+    FillPixels(fill, Color(brush.Color, cuBrush));
 }
 
 void TPainterBackend::TextOut(TPoint p, const QString& text, const TFont& font,
@@ -335,8 +448,9 @@ void TPainterBackend::TextOut(TPoint p, const QString& text, const TFont& font,
     StateGuard g(FPainter);
     QRect fill;
     if (brush.Style != bsClear &&
-        ClipToArea(p.X, p.Y, p.X + width, p.Y + height, ClipArea(0), fill))
-        FPainter->fillRect(fill, Color(brush.Color, cuBrush));
+        ClipToArea(p.X, p.Y, p.X + width, p.Y + height, DeviceArea(0), fill))
+        FillPixels(fill, Color(brush.Color, cuBrush));
+    Flush();
     FPainter->setFont(qf);
     FPainter->setPen(Color(font.Color, cuText));
     FPainter->drawText(QPoint(p.X, WrapAdd(p.Y, fm.ascent())), text);

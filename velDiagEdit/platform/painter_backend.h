@@ -5,16 +5,32 @@
 // first cut to the device (and the painter's clip), so a repaint costs what it draws.
 
 #include "velDiagEdit/platform/canvas.h"
+#include "velDiagEdit/platform/colors.h"
 #include "velDiagEdit/velDiagEdit_export.h"
+
+#include <QColor>
+#include <QRect>
+#include <QTransform>
+#include <vector>
 
 class QPainter;
 class QRect;
+class QRectF;
 
 namespace vde {
+
+// The colour c comes out as through painter: with the palette lent to it, if any.
+VELDIAGEDIT_EXPORT QColor PaintedColor(const QPainter* painter, TColor c, TColorUse use);
+// Where painter's pixels really go: with redirection (a widget rendered into an image) that is
+// the engine's device, and the device transform maps onto it.
+VELDIAGEDIT_EXPORT const QPaintDevice* TargetDevice(const QPainter* painter);
 
 class VELDIAGEDIT_EXPORT TPainterBackend : public ICanvasBackend {
 public:
     explicit TPainterBackend(QPainter* painter);
+    ~TPainterBackend() override;
+    TPainterBackend(const TPainterBackend&) = delete;
+    TPainterBackend& operator=(const TPainterBackend&) = delete;
     void MoveTo(TPoint) override {}
     void Line(TPoint from, TPoint to, const TPen& pen) override;
     void Rectangle(const TRect& r, const TPen& pen, const TBrush& brush) override;
@@ -23,19 +39,35 @@ public:
     void FillRect(const TRect& r, const TBrush& brush) override;
     void TextOut(TPoint p, const QString& text, const TFont& font, const TBrush& brush) override;
     bool VisibleRect(TRect& R) const override;
+    void Hold(bool on) override;
 
 private:
     // A pixel area in the painter's coordinates, left/top inclusive, right/bottom exclusive.
     struct TArea {
         int64_t L, T, R, B;
     };
+    static TArea Grown(const QRectF& area, int64_t margin);
     TArea ClipArea(int64_t margin) const;
+    // The device alone, without the clip: Qt clips fills itself, and this one is kept while
+    // the transform stays, so a fill does not pay for the clip's bookkeeping.
+    TArea DeviceArea(int64_t margin) const;
+    // Fills the painter-coordinate pixels q (already cut to an area).
+    void FillPixels(const QRect& q, const QColor& c);
+    // Sends the fills that wait; anything else drawn on the painter must come after them.
+    void Flush();
     static bool ClipToArea(int64_t l, int64_t t, int64_t r, int64_t b, const TArea& a, QRect& out);
     void Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd);
     void Stamp(int64_t x, int64_t y, int w, const QColor& c, const TArea& area);
     QColor Color(TColor c, TColorUse use) const;
     QPainter* FPainter;
     bool FRaster;
+    mutable bool FDeviceKnown = false;
+    mutable QTransform FDeviceTransform;
+    mutable TArea FDevice{};
+    bool FHeld = false;
+    // Waiting fills: device rectangles (before the painter's redirection), all of one colour.
+    std::vector<QRect> FWaiting;
+    QColor FWaitingColor;
 };
 
 } // namespace vde
