@@ -44,6 +44,14 @@ int64_t Reachable(double v) {
     return int64_t(std::clamp(v, double(-kQtReach), double(kQtReach)));
 }
 
+// The device pixel edge at logical v: round half up of s * v + d, as Qt rounds a fill's edges.
+// Fills reach here cut to the device, so the value is well within an int.
+int DeviceEdge(double s, double d, int64_t v) {
+    const double x = s * double(v) + d + 0.5;
+    const auto i = int64_t(x);
+    return int(double(i) > x ? i - 1 : i);
+}
+
 bool IsRaster(QPainter* p) {
     const int t = p->device() ? p->device()->devType() : 0;
     return t == QInternal::Image || t == QInternal::Widget || t == QInternal::Pixmap;
@@ -101,8 +109,10 @@ TPainterBackend::TArea TPainterBackend::Grown(const QRectF& area, int64_t margin
 }
 
 TPainterBackend::TArea TPainterBackend::DeviceArea(int64_t margin) const {
-    const QTransform& t = FPainter->deviceTransform();
-    if (!FDeviceKnown || t != FDeviceTransform) {
+    // While held and once known, the transform stays put (see FillPixels).
+    const bool settled = FHeld && FMode.Known && FDeviceKnown;
+    if (!settled && (!FDeviceKnown || FPainter->deviceTransform() != FDeviceTransform)) {
+        const QTransform& t = FPainter->deviceTransform();
         FDeviceKnown = true;
         FDeviceTransform = t;
         FDevice = {-kQtReach, -kQtReach, kQtReach, kQtReach};
@@ -127,44 +137,88 @@ void TPainterBackend::Hold(bool on) {
     if (!on)
         Flush();
     FHeld = on && FRaster;
+    FMode.Known = false;
 }
 
 // Below 100% a pixel of the diagram is less than a device pixel: a fill keeps at least one
 // device pixel each way, so that a thin line neither vanishes nor, between zooms, changes
 // width. Unscaled painting fills what Qt's own fill of q would.
 void TPainterBackend::FillPixels(const QRect& q, const QColor& c) {
-    const QTransform& t = FPainter->deviceTransform();
-    const QTransform::TransformationType type = t.type();
-    const double dx = t.dx(), dy = t.dy();
-    const bool wait = FHeld && FPainter->opacity() == 1.0 &&
-                      FPainter->compositionMode() == QPainter::CompositionMode_SourceOver;
-    QRect device;
-    if (type == QTransform::TxScale && t.m11() > 0 && t.m22() > 0) {
-        const double sx = t.m11(), sy = t.m22();
-        const auto edge = [](double s, double d, double v) { return std::floor(s * v + d + 0.5); };
-        const double l = edge(sx, dx, q.x()), top = edge(sy, dy, q.y());
-        const double r = std::max(edge(sx, dx, double(q.x()) + q.width()), l + 1);
-        const double b = std::max(edge(sy, dy, double(q.y()) + q.height()), top + 1);
-        if (!wait) {
-            Flush();
-            // The device rectangle said in the painter's terms; Qt maps it back to whole pixels.
-            FPainter->fillRect(QRectF((l - dx) / sx, (top - dy) / sy, (r - l) / sx, (b - top) / sy),
-                               c);
-            return;
+    if (FHeld && !FMode.Known) {
+        // A held batch draws through this backend alone, so the painter's state stays put.
+        FMode.Known = true;
+        FMode.Wait = false;
+        FMode.Grid = false;
+        const QTransform& t = FPainter->deviceTransform();
+        if (FPainter->opacity() == 1.0 &&
+            FPainter->compositionMode() == QPainter::CompositionMode_SourceOver) {
+            FMode.Sx = t.m11();
+            FMode.Sy = t.m22();
+            FMode.Dx = t.dx();
+            FMode.Dy = t.dy();
+            if (t.type() == QTransform::TxScale && t.m11() > 0 && t.m22() > 0) {
+                FMode.Wait = true;
+                FMode.Scaled = true;
+                // A zoom step (a multiple of 1/256) maps in whole-number arithmetic, exactly
+                // as the rounding below.
+                const auto onGrid = [](double v) {
+                    const double k = v * 256.0;
+                    return std::abs(k) < 1e12 && k == std::floor(k);
+                };
+                FMode.Grid = onGrid(t.m11()) && onGrid(t.m22()) && onGrid(t.dx()) &&
+                             onGrid(t.dy()) && t.m11() <= 64 && t.m22() <= 64;
+                if (FMode.Grid) {
+                    FMode.Kx = int64_t(t.m11() * 256);
+                    FMode.Ky = int64_t(t.m22() * 256);
+                    FMode.Gx = int64_t(t.dx() * 256) + 128;
+                    FMode.Gy = int64_t(t.dy() * 256) + 128;
+                }
+            } else if (t.type() <= QTransform::TxTranslate && t.dx() == std::floor(t.dx()) &&
+                       t.dy() == std::floor(t.dy()) && std::abs(t.dx()) < 1e9 &&
+                       std::abs(t.dy()) < 1e9) {
+                FMode.Wait = true;
+                FMode.Scaled = false;
+            }
         }
-        device = QRect(int(l), int(top), int(r - l), int(b - top));
-    } else if (wait && type <= QTransform::TxTranslate && dx == std::floor(dx) &&
-               dy == std::floor(dy) && std::abs(dx) < 1e9 && std::abs(dy) < 1e9) {
-        device = q.translated(int(dx), int(dy));
-    } else {
-        Flush();
-        FPainter->fillRect(q, c);
+    }
+    if (FHeld && FMode.Wait) {
+        QRect device;
+        if (FMode.Grid) {
+            // Scale and offset in 256ths: s * v + d + 1/2, floored, in whole numbers.
+            const auto edge = [](int64_t k, int64_t d, int64_t v) { return int((k * v + d) >> 8); };
+            const int l = edge(FMode.Kx, FMode.Gx, q.x()), t = edge(FMode.Ky, FMode.Gy, q.y());
+            const int r = std::max(edge(FMode.Kx, FMode.Gx, int64_t(q.x()) + q.width()), l + 1);
+            const int b = std::max(edge(FMode.Ky, FMode.Gy, int64_t(q.y()) + q.height()), t + 1);
+            device = QRect(l, t, r - l, b - t);
+        } else if (FMode.Scaled) {
+            const int l = DeviceEdge(FMode.Sx, FMode.Dx, q.x()),
+                      t = DeviceEdge(FMode.Sy, FMode.Dy, q.y());
+            const int r =
+                std::max(DeviceEdge(FMode.Sx, FMode.Dx, int64_t(q.x()) + q.width()), l + 1);
+            const int b =
+                std::max(DeviceEdge(FMode.Sy, FMode.Dy, int64_t(q.y()) + q.height()), t + 1);
+            device = QRect(l, t, r - l, b - t);
+        } else {
+            device = q.translated(int(FMode.Dx), int(FMode.Dy));
+        }
+        if (!FWaiting.empty() && c != FWaitingColor)
+            Flush();
+        FWaitingColor = c;
+        FWaiting.push_back(device);
         return;
     }
-    if (!FWaiting.empty() && c != FWaitingColor)
-        Flush();
-    FWaitingColor = c;
-    FWaiting.push_back(device);
+    Flush();
+    const QTransform& t = FPainter->deviceTransform();
+    if (t.type() == QTransform::TxScale && t.m11() > 0 && t.m22() > 0) {
+        const double sx = t.m11(), sy = t.m22(), dx = t.dx(), dy = t.dy();
+        const int l = DeviceEdge(sx, dx, q.x()), top = DeviceEdge(sy, dy, q.y());
+        const int r = std::max(DeviceEdge(sx, dx, int64_t(q.x()) + q.width()), l + 1);
+        const int b = std::max(DeviceEdge(sy, dy, int64_t(q.y()) + q.height()), top + 1);
+        // The device rectangle said in the painter's terms; Qt maps it back to whole pixels.
+        FPainter->fillRect(QRectF((l - dx) / sx, (top - dy) / sy, (r - l) / sx, (b - top) / sy), c);
+        return;
+    }
+    FPainter->fillRect(q, c);
 }
 
 void TPainterBackend::Flush() {
@@ -310,6 +364,11 @@ void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {
     if (pen.Style == psClear)
         return;
     const int w = pen.Width < 1 ? 1 : pen.Width;
+    if (FRaster && FHeld && FMode.Known && FMode.Wait) {
+        // Waiting fills go out with antialiasing off whatever the painter's setting.
+        Span(from.X, from.Y, to.X, to.Y, pen, w > 1);
+        return;
+    }
     if (FRaster) {
         // Pixel runs go out as solid fills, which use none of the painter's pen, brush or font:
         // only antialiasing has to be off, and it is put back as it was.

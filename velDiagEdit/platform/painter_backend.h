@@ -65,6 +65,12 @@ private:
     mutable QTransform FDeviceTransform;
     mutable TArea FDevice{};
     bool FHeld = false;
+    // How fills go while held, taken from the painter at the first one.
+    struct {
+        bool Known = false, Wait = false, Scaled = false, Grid = false;
+        double Sx = 1, Sy = 1, Dx = 0, Dy = 0;
+        int64_t Kx = 256, Ky = 256, Gx = 128, Gy = 128;
+    } FMode;
     // Waiting fills: device rectangles (before the painter's redirection), all of one colour.
     std::vector<QRect> FWaiting;
     QColor FWaitingColor;

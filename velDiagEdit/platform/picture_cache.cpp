@@ -7,11 +7,13 @@
 
 #include <QImage>
 #include <QPainter>
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <list>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 namespace vde {
@@ -21,116 +23,172 @@ namespace {
 // A picture this large costs more to keep than to paint.
 constexpr int kMaxPictureSide = 512;
 
+// A key's bytes; kept between paints so that its storage is reused.
+class TKeyBytes {
+public:
+    void Clear() { FSize = 0; }
+    void Append(const void* data, size_t n) {
+        std::memcpy(Room(n), data, n);
+        FSize += n;
+    }
+    template <class T> void Put(const T& v) {
+        static_assert(std::is_trivially_copyable_v<T>);
+        std::memcpy(Room(sizeof v), &v, sizeof v);
+        FSize += sizeof v;
+    }
+    std::string_view View() const { return {FBytes.data(), FSize}; }
+
+private:
+    char* Room(size_t n) {
+        if (FSize + n > FBytes.size()) [[unlikely]]
+            FBytes.resize(std::max(FBytes.size() * 2, FSize + n + 256));
+        return FBytes.data() + FSize;
+    }
+    std::string FBytes;
+    size_t FSize = 0;
+};
+
 // Writes each canvas operation, with its colours as the painter would paint them, into a key.
 class TKeyBackend : public ICanvasBackend {
 public:
-    TKeyBackend(const QPainter* painter, std::string& key) : FPainter(painter), FKey(key) {}
+    TKeyBackend(const QPainter* painter, TKeyBytes& key)
+        : FPalette(TPaletteScope::PaletteFor(painter)), FKey(key) {}
 
     void MoveTo(TPoint) override {}
     void Line(TPoint from, TPoint to, const TPen& pen) override {
-        Put(uint8_t('L'));
+        FKey.Put(uint8_t('L'));
         Put(from);
         Put(to);
         Put(pen);
     }
     void Rectangle(const TRect& r, const TPen& pen, const TBrush& brush) override {
-        Put(uint8_t('R'));
+        FKey.Put(uint8_t('R'));
         Put(r);
         Put(pen);
         Put(brush);
     }
     void Ellipse(const TRect& r, const TPen& pen, const TBrush& brush) override {
-        Put(uint8_t('E'));
+        FKey.Put(uint8_t('E'));
         Put(r);
         Put(pen);
         Put(brush);
     }
     void Polygon(std::span<const TPoint> points, const TPen& pen, const TBrush& brush) override {
-        Put(uint8_t('P'));
-        Put(uint64_t(points.size()));
+        FKey.Put(uint8_t('P'));
+        FKey.Put(uint64_t(points.size()));
         for (const TPoint& p : points)
             Put(p);
         Put(pen);
         Put(brush);
     }
     void FillRect(const TRect& r, const TBrush& brush) override {
-        Put(uint8_t('F'));
+        FKey.Put(uint8_t('F'));
         Put(r);
         Put(brush);
     }
     void TextOut(TPoint p, const QString& text, const TFont& font, const TBrush& brush) override {
-        Put(uint8_t('T'));
+        FKey.Put(uint8_t('T'));
         Put(p);
         Put(text);
         Put(font.Name);
-        Put(font.Height);
-        Put(PaintedColor(FPainter, font.Color, cuText).rgba());
+        FKey.Put(font.Height);
+        FKey.Put(Painted(font.Color, cuText));
         Put(brush);
     }
 
 private:
-    template <class T> void Put(const T& v) {
-        static_assert(std::is_trivially_copyable_v<T>);
-        FKey.append(reinterpret_cast<const char*>(&v), sizeof v);
+    // The colour as painted (what PaintedColor gives, as a plain RGB value).
+    TColor Painted(TColor c, TColorUse use) const {
+        return ColorToRGB(FPalette ? PaletteColor(*FPalette, c, use) : c);
     }
     void Put(TPoint p) {
-        Put(p.X);
-        Put(p.Y);
+        FKey.Put(p.X);
+        FKey.Put(p.Y);
     }
     void Put(const TRect& r) {
-        Put(r.Left);
-        Put(r.Top);
-        Put(r.Right);
-        Put(r.Bottom);
+        FKey.Put(r.Left);
+        FKey.Put(r.Top);
+        FKey.Put(r.Right);
+        FKey.Put(r.Bottom);
     }
     void Put(const TPen& pen) {
-        Put(pen.Width);
-        Put(uint8_t(pen.Style));
-        Put(PaintedColor(FPainter, pen.Color, cuPen).rgba());
+        FKey.Put(pen.Width);
+        FKey.Put(uint8_t(pen.Style));
+        FKey.Put(Painted(pen.Color, cuPen));
     }
     void Put(const TBrush& brush) {
-        Put(uint8_t(brush.Style));
-        Put(PaintedColor(FPainter, brush.Color, cuBrush).rgba());
+        FKey.Put(uint8_t(brush.Style));
+        FKey.Put(Painted(brush.Color, cuBrush));
     }
     void Put(const QString& s) {
-        Put(uint64_t(s.size()));
-        FKey.append(reinterpret_cast<const char*>(s.utf16()), size_t(s.size()) * sizeof(char16_t));
+        FKey.Put(uint64_t(s.size()));
+        FKey.Append(s.utf16(), size_t(s.size()) * sizeof(char16_t));
     }
 
-    const QPainter* FPainter;
-    std::string& FKey;
+    const QPalette* FPalette;
+    TKeyBytes& FKey;
 };
 
-struct Entry {
-    QImage Picture; // null: the look depends on what lies below
+// Pixels of a look that only partly cover what lies below (the smoothed edge of a glyph
+// outside its box); more than this and the look is painted directly.
+constexpr int kMaxPartial = 64;
+// Variants of one look over different grounds under its partial pixels.
+constexpr size_t kMaxVariants = 8;
+
+struct Look {
+    // Covered pixels opaque, untouched ones transparent, partial ones transparent too until a
+    // variant fills them in. Null: the look is painted directly.
+    QImage Picture;
+    std::vector<QPoint> Partial;
+    // Per ground under the partial pixels (their values, in order), the picture with those
+    // pixels as painting over that ground makes them; the newest last.
+    std::vector<std::pair<std::string, QImage>> Variants;
     std::list<std::string>::iterator Use;
+
+    size_t Bytes() const {
+        size_t n = size_t(Picture.sizeInBytes());
+        for (const auto& v : Variants)
+            n += size_t(v.second.sizeInBytes()) + v.first.size();
+        return n;
+    }
 };
 
 struct Cache {
     bool Enabled = true;
-    std::unordered_map<std::string, Entry> Entries;
+    struct Hash {
+        using is_transparent = void;
+        size_t operator()(std::string_view v) const { return std::hash<std::string_view>{}(v); }
+    };
+    std::unordered_map<std::string, Look, Hash, std::equal_to<>> Looks;
     std::list<std::string> ByUse; // most recently used first
     TPictureCacheStats Stats;
 
-    void Touch(Entry& e) { ByUse.splice(ByUse.begin(), ByUse, e.Use); }
+    void Touch(Look& l) { ByUse.splice(ByUse.begin(), ByUse, l.Use); }
 
-    void Keep(std::string key, QImage picture) {
-        const size_t bytes = size_t(picture.sizeInBytes());
-        while (!ByUse.empty() &&
-               (Stats.Bytes + bytes > kPictureCacheBudget || Entries.size() >= 16384)) {
-            auto it = Entries.find(ByUse.back());
-            Stats.Bytes -= size_t(it->second.Picture.sizeInBytes());
-            Entries.erase(it);
+    // Never the most recently used look: it is the one being painted.
+    void MakeRoom(size_t bytes) {
+        while (ByUse.size() > 1 &&
+               (Stats.Bytes + bytes > kPictureCacheBudget || Looks.size() >= 16384)) {
+            auto it = Looks.find(ByUse.back());
+            Stats.Bytes -= it->second.Bytes();
+            Looks.erase(it);
             ByUse.pop_back();
         }
+    }
+
+    Look& Keep(std::string key, Look look) {
+        const size_t bytes = look.Bytes();
+        MakeRoom(bytes);
         ByUse.push_front(key);
+        look.Use = ByUse.begin();
         Stats.Bytes += bytes;
-        Entries.emplace(std::move(key), Entry{std::move(picture), ByUse.begin()});
-        Stats.Pictures = Entries.size();
+        Look& kept = Looks.emplace(std::move(key), std::move(look)).first->second;
+        Stats.Pictures = Looks.size();
+        return kept;
     }
 
     void Clear() {
-        Entries.clear();
+        Looks.clear();
         ByUse.clear();
         Stats.Bytes = 0;
         Stats.Pictures = 0;
@@ -156,12 +214,10 @@ bool RunPaint(TGraphicControl* c) {
     return EventBoundaryErrorCount() == errors;
 }
 
-// The control painted into a device-sized picture over `ground`, as PaintWith would paint it
-// with the same painter settings, shifted by a whole number of device pixels.
-QImage PaintOver(TGraphicControl* c, const QPainter& like, QImage::Format format, QSize size,
-                 double scale, QPointF phase, QRgb ground, bool& ok) {
-    QImage image(size, format);
-    image.fill(ground);
+// The control painted over `image` as PaintWith would paint it with the same painter
+// settings, shifted by a whole number of device pixels.
+bool PaintOver(TGraphicControl* c, const QPainter& like, QImage& image, double scale,
+               QPointF phase) {
     QPainter ip(&image);
     ip.setRenderHints(like.renderHints());
     ip.setLayoutDirection(like.layoutDirection());
@@ -170,33 +226,55 @@ QImage PaintOver(TGraphicControl* c, const QPainter& like, QImage::Format format
     std::optional<TPaletteScope> colours;
     if (const QPalette* palette = TPaletteScope::PaletteFor(&like))
         colours.emplace(&ip, *palette);
+    bool ok;
     {
         const TPaintScope scope(c, &ip);
         const TCanvasBatch batch(c->Canvas());
         ok = RunPaint(c);
     }
     c->Canvas()->ReleaseHandlePainter();
-    return image;
+    return ok;
 }
 
-// The kept picture: covered pixels opaque, untouched ones transparent; null when any pixel
-// came out different over black and over white without being the background in both.
-QImage Separate(const QImage& overWhite, const QImage& overBlack) {
+// Painting is per pixel: a covered pixel comes out the same over any ground, an untouched
+// one is the ground. Over black and over white tell which pixel is which; any other pixel
+// depends on what lies below it, and on nothing else.
+void Separate(const QImage& overWhite, const QImage& overBlack, Look& look) {
     QImage out(overWhite.size(), QImage::Format_ARGB32_Premultiplied);
     for (int y = 0; y < out.height(); ++y) {
         const auto* w = reinterpret_cast<const QRgb*>(overWhite.constScanLine(y));
         const auto* b = reinterpret_cast<const QRgb*>(overBlack.constScanLine(y));
         auto* o = reinterpret_cast<QRgb*>(out.scanLine(y));
         for (int x = 0; x < out.width(); ++x) {
-            if (w[x] == b[x] && qAlpha(w[x]) == 255)
+            if (w[x] == b[x] && qAlpha(w[x]) == 255) {
                 o[x] = w[x];
-            else if (w[x] == 0xFFFFFFFFu && b[x] == 0xFF000000u)
+            } else if (w[x] == 0xFFFFFFFFu && b[x] == 0xFF000000u) {
                 o[x] = 0;
-            else
-                return {};
+            } else {
+                if (look.Partial.size() >= size_t(kMaxPartial)) {
+                    look.Partial.clear();
+                    return;
+                }
+                look.Partial.emplace_back(x, y);
+                o[x] = 0;
+            }
         }
     }
-    return out;
+    look.Picture = std::move(out);
+}
+
+// What lies below the partial pixels on the target, in order.
+std::string GroundUnder(const Look& look, const QImage& target, int ix, int iy) {
+    std::string ground;
+    ground.reserve(look.Partial.size() * sizeof(QRgb));
+    for (const QPoint& at : look.Partial) {
+        const int x = ix + at.x(), y = iy + at.y();
+        QRgb v = 0;
+        if (x >= 0 && y >= 0 && x < target.width() && y < target.height())
+            v = reinterpret_cast<const QRgb*>(target.constScanLine(y))[x];
+        ground.append(reinterpret_cast<const char*>(&v), sizeof v);
+    }
+    return ground;
 }
 
 } // namespace
@@ -231,18 +309,16 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
     if (size.width() > kMaxPictureSide || size.height() > kMaxPictureSide)
         return false;
 
-    // Kept between paints so that its storage is reused.
-    static std::string key;
-    key.clear();
-    const auto put = [](const auto& v) { key.append(reinterpret_cast<const char*>(&v), sizeof v); };
-    put(s);
-    put(phase.x());
-    put(phase.y());
-    put(c->width());
-    put(c->height());
-    put(int(format));
-    put(int(p.renderHints()));
-    put(int(p.layoutDirection()));
+    static TKeyBytes key;
+    key.Clear();
+    key.Put(s);
+    key.Put(phase.x());
+    key.Put(phase.y());
+    key.Put(c->width());
+    key.Put(c->height());
+    key.Put(int(format));
+    key.Put(int(p.renderHints()));
+    key.Put(int(p.layoutDirection()));
     {
         TKeyBackend keyer(&p, key);
         c->Canvas()->SetBackend(&keyer);
@@ -252,33 +328,69 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
             return true; // the error is shown; a direct paint would only raise it again
     }
 
-    auto it = cache.Entries.find(key);
-    const bool kept = it != cache.Entries.end();
-    if (!kept) {
-        bool okWhite = false, okBlack = false;
-        const QImage overWhite = PaintOver(c, p, format, size, s, phase, 0xFFFFFFFFu, okWhite);
-        const QImage overBlack = PaintOver(c, p, format, size, s, phase, 0xFF000000u, okBlack);
-        if (!okWhite || !okBlack)
+    auto it = cache.Looks.find(key.View());
+    bool kept = it != cache.Looks.end();
+    Look* look = kept ? &it->second : nullptr;
+    if (!look) {
+        QImage overWhite(size, format), overBlack(size, format);
+        overWhite.fill(0xFFFFFFFFu);
+        overBlack.fill(0xFF000000u);
+        if (!PaintOver(c, p, overWhite, s, phase) || !PaintOver(c, p, overBlack, s, phase))
             return true;
-        QImage picture = Separate(overWhite, overBlack);
-        if (picture.isNull())
+        Look made;
+        Separate(overWhite, overBlack, made);
+        if (made.Picture.isNull())
             ++cache.Stats.Refused;
         else
             ++cache.Stats.Made;
-        cache.Keep(key, std::move(picture));
-        it = cache.Entries.find(key);
+        look = &cache.Keep(std::string(key.View()), std::move(made));
     } else {
-        cache.Touch(it->second);
+        cache.Touch(*look);
     }
-    if (it->second.Picture.isNull())
+    if (look->Picture.isNull())
         return false;
+    const QImage* picture = &look->Picture;
+    if (!look->Partial.empty()) {
+        std::string ground = GroundUnder(*look, *image, int(ix), int(iy));
+        auto v = std::find_if(look->Variants.begin(), look->Variants.end(),
+                              [&](const auto& e) { return e.first == ground; });
+        if (v == look->Variants.end()) {
+            kept = false;
+            // Painted over that ground, the partial pixels come out as they would on the target.
+            QImage over(size, format);
+            over.fill(0xFFFFFFFFu);
+            const char* g = ground.data();
+            for (const QPoint& at : look->Partial) {
+                QRgb value;
+                std::memcpy(&value, g, sizeof value);
+                g += sizeof value;
+                reinterpret_cast<QRgb*>(over.scanLine(at.y()))[at.x()] = value;
+            }
+            if (!PaintOver(c, p, over, s, phase))
+                return true;
+            QImage variant = look->Picture.copy();
+            for (const QPoint& at : look->Partial)
+                reinterpret_cast<QRgb*>(variant.scanLine(at.y()))[at.x()] =
+                    reinterpret_cast<const QRgb*>(over.constScanLine(at.y()))[at.x()] | 0xFF000000u;
+            if (look->Variants.size() >= kMaxVariants) {
+                cache.Stats.Bytes -= size_t(look->Variants.front().second.sizeInBytes()) +
+                                     look->Variants.front().first.size();
+                look->Variants.erase(look->Variants.begin());
+            }
+            cache.MakeRoom(size_t(variant.sizeInBytes()) + ground.size());
+            cache.Stats.Bytes += size_t(variant.sizeInBytes()) + ground.size();
+            look->Variants.emplace_back(std::move(ground), std::move(variant));
+            v = look->Variants.end() - 1;
+        }
+        picture = &v->second;
+    }
     if (kept)
         ++cache.Stats.Hits;
     p.save();
     p.resetTransform();
     // What is left is the redirection's whole-pixel offset.
     const QTransform& rest = p.deviceTransform();
-    p.drawImage(QPointF(ix - rest.dx(), iy - rest.dy()), it->second.Picture);
+    p.drawImage(QPointF(ix - rest.dx(), iy - rest.dy()), *picture);
     p.restore();
     return true;
 }
