@@ -122,8 +122,20 @@ TEST_F(LiveReloadPackage, TheSelectionOfABlockSomeoneElseDeletedGoesAndTheOtherS
     ASSERT_NE(kept, nullptr);
     const TObjKey key = kept->GetObjKey();
     Select(dc, kept);
+    // What a listener to the selection saw last, each time it was told.
+    std::vector<std::vector<TObjKey>> told;
+    QObject::connect(&dc, &TDiagContainer::selectionChanged, &dc, [&] {
+        std::vector<TObjKey> keys;
+        for (TDiagObject* b : dc.SelectedBlocks())
+            keys.push_back(b->GetObjKey());
+        told.push_back(keys);
+    });
     SomeoneElse(QStringLiteral("Left"), [](TDiagContainer& other) { Gate(other, 50, 200); });
     ASSERT_TRUE(QTest::qWaitFor([&] { return reloaded.count() == 2; }, 10000));
+    // The reload emptied the selection and gave it back: the listener's last word is the
+    // restored selection.
+    ASSERT_FALSE(told.empty());
+    EXPECT_EQ(told.back(), std::vector<TObjKey>{key});
     ASSERT_EQ(dc.ObjList->Count(), 2);
     ASSERT_EQ(dc.SelectedBlocks().size(), 1u);
     EXPECT_EQ(dc.SelectedBlocks()[0]->GetObjKey(), key);

@@ -608,13 +608,16 @@ void TdmDiagActions::ReloadKeepingView(const TStorageKind& Storage) {
     dc.UndoStack()->clear();
     dc.UndoStack()->setClean();
 
+    std::vector<TDiagObject*> again;
+    TDiagObject* currentAgain = nullptr;
     for (int i = 0; i < dc.ObjList->Count(); ++i) {
         TDiagObject* b = dc.ObjList->Items(i);
         if (selected.contains(b->GetObjKey()))
-            b->SetSelected(true);
+            again.push_back(b);
         if (hadCurrent && b->GetObjKey() == current)
-            dc.SelObj = b;
+            currentAgain = b;
     }
+    dc.SetSelectedBlocks(again, currentAgain);
     if (area) {
         area->horizontalScrollBar()->setValue(hScroll);
         area->verticalScrollBar()->setValue(vScroll);

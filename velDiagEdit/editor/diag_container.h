@@ -188,6 +188,9 @@ public:
     // The wires a rubber band selected, in list order.
     std::vector<TDiagConnection*> SelectedWires() const;
     void SelectAll();
+    // Shows exactly Blocks as selected, with Current (or null) the block the commands act on, as a
+    // host restores a view; selectionChanged follows if that differs.
+    void SetSelectedBlocks(const std::vector<TDiagObject*>& Blocks, TDiagObject* Current);
     // What the mouse would do where it last was (also sent with hintChanged).
     QString Hint() const { return FHint; }
     // Pixels kept free right of and below the diagram when the surface grows to hold it.

@@ -281,6 +281,22 @@ void TDiagContainer::SelectAll() {
     NoteSelection();
 }
 
+void TDiagContainer::SetSelectedBlocks(const std::vector<TDiagObject*>& Blocks,
+                                       TDiagObject* Current) {
+    if (!ObjList)
+        return;
+    const QSet<const TDiagObject*> chosen(Blocks.begin(), Blocks.end());
+    for (int i = 0; i < ObjList->Count(); ++i) {
+        TDiagObject* b = ObjList->Items(i);
+        if (b->FSelected != chosen.contains(b))
+            b->SetSelected(chosen.contains(b));
+    }
+    SelObj = Current && ObjList->IndexOf(Current) >= 0 ? Current : nullptr;
+    if (FParent)
+        FParent->update();
+    NoteSelection();
+}
+
 // ---- signals ----------------------------------------------------------------------------------
 
 void TDiagContainer::SetHint(const QString& Text) {
