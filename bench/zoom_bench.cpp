@@ -113,4 +113,26 @@ void BM_ZoomRepaintView(benchmark::State& state) {
 }
 BENCHMARK(BM_ZoomRepaintView)->Arg(100)->Arg(50)->Arg(25)->Arg(200)->Unit(benchmark::kMillisecond);
 
+// The same with no block picture kept: the first repaint at a zoom, or after the looks changed.
+void BM_ZoomRepaintViewCold(benchmark::State& state) {
+    ZoomedSurface& s = Shared();
+    const QRect view = s.ViewAt(double(state.range(0)) / 100.0);
+    for (auto _ : state) {
+        ClearPictureCache();
+        s.panel->repaint(view);
+    }
+}
+BENCHMARK(BM_ZoomRepaintViewCold)->Arg(50)->Arg(25)->Unit(benchmark::kMillisecond);
+
+// With the kept pictures switched off: every block painted directly.
+void BM_ZoomRepaintViewDirect(benchmark::State& state) {
+    ZoomedSurface& s = Shared();
+    const QRect view = s.ViewAt(double(state.range(0)) / 100.0);
+    SetPictureCacheEnabled(false);
+    for (auto _ : state)
+        s.panel->repaint(view);
+    SetPictureCacheEnabled(true);
+}
+BENCHMARK(BM_ZoomRepaintViewDirect)->Arg(50)->Arg(25)->Unit(benchmark::kMillisecond);
+
 } // namespace

@@ -269,7 +269,8 @@ std::string GroundUnder(const Look& look, const QImage& target, int ix, int iy) 
     ground.reserve(look.Partial.size() * sizeof(QRgb));
     for (const QPoint& at : look.Partial) {
         const int x = ix + at.x(), y = iy + at.y();
-        QRgb v = 0;
+        // Off the device nothing is drawn; any opaque ground will do.
+        QRgb v = 0xFF000000u;
         if (x >= 0 && y >= 0 && x < target.width() && y < target.height())
             v = reinterpret_cast<const QRgb*>(target.constScanLine(y))[x];
         ground.append(reinterpret_cast<const char*>(&v), sizeof v);
@@ -369,9 +370,15 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
             if (!PaintOver(c, p, over, s, phase))
                 return true;
             QImage variant = look->Picture.copy();
-            for (const QPoint& at : look->Partial)
-                reinterpret_cast<QRgb*>(variant.scanLine(at.y()))[at.x()] =
-                    reinterpret_cast<const QRgb*>(over.constScanLine(at.y()))[at.x()] | 0xFF000000u;
+            for (const QPoint& at : look->Partial) {
+                const QRgb painted =
+                    reinterpret_cast<const QRgb*>(over.constScanLine(at.y()))[at.x()];
+                // Over a see-through ground (a translucent window) the pixel would be blended
+                // once more when the picture goes out: that look is painted directly there.
+                if (qAlpha(painted) != 255)
+                    return false;
+                reinterpret_cast<QRgb*>(variant.scanLine(at.y()))[at.x()] = painted;
+            }
             if (look->Variants.size() >= kMaxVariants) {
                 cache.Stats.Bytes -= size_t(look->Variants.front().second.sizeInBytes()) +
                                      look->Variants.front().first.size();
