@@ -134,6 +134,70 @@ void RouteSquare(TDiagConnection* w) {
     w->FIsEditable = editable;
 }
 
+// The wires ending on any of `moved` (a junction), and on those in turn, each after the wire
+// it ends on.
+std::vector<TDiagConnection*> JunctionsOn(const TDiagConnectList& list,
+                                          const std::vector<TDiagConnection*>& moved) {
+    QHash<const TDiagConnection*, std::vector<TDiagConnection*>> onWire;
+    for (int i = 0; i < list.Count(); ++i) {
+        TDiagConnection* j = list.Items(i);
+        const LongRec lr = j->FDstCrossInfo;
+        if (!lr.IsZero() && lr.Hi >= 1 && lr.Hi <= list.Count())
+            onWire[list.Items(lr.Hi - 1)].push_back(j);
+    }
+    std::vector<TDiagConnection*> out;
+    if (onWire.isEmpty())
+        return out;
+    QSet<const TDiagConnection*> seen(moved.begin(), moved.end());
+    std::vector<const TDiagConnection*> queue(moved.begin(), moved.end());
+    for (size_t k = 0; k < queue.size(); ++k)
+        for (TDiagConnection* j : onWire.value(queue[k]))
+            if (!seen.contains(j)) {
+                seen.insert(j);
+                out.push_back(j);
+                queue.push_back(j);
+            }
+    return out;
+}
+
+// A junction's end moves along its own last segment onto the segment it sat on; when that
+// segment no longer meets the line (the wire below took another route), onto the nearest
+// segment that does. Where none does, the end stays.
+void ReLand(TDiagConnectList& list, TDiagConnection* j) {
+    const LongRec lr = j->FDstCrossInfo;
+    if (lr.IsZero() || lr.Hi < 1 || lr.Hi > list.Count() || j->FPoints.size() < 2)
+        return;
+    const TDiagConnection* w = list.Items(lr.Hi - 1);
+    const int dir = j->GetLastDirection();
+    if (w == j || dir == 0)
+        return;
+    const TPoint old = j->FPoints.back();
+    int bestSegment = -1;
+    TPoint best{};
+    int64_t bestDistance = 0;
+    for (int k = 0; k + 1 < int(w->FPoints.size()); ++k) {
+        TPoint p = old;
+        if (!w->FindCrossPoint(k, p, dir))
+            continue;
+        const TPoint a = w->FPoints[size_t(k)], b = w->FPoints[size_t(k) + 1];
+        if (p.X < std::min(a.X, b.X) || p.X > std::max(a.X, b.X) || p.Y < std::min(a.Y, b.Y) ||
+            p.Y > std::max(a.Y, b.Y))
+            continue;
+        const int64_t distance =
+            k == lr.Lo - 1 ? -1 : std::abs(int64_t(p.X) - old.X) + std::abs(int64_t(p.Y) - old.Y);
+        if (bestSegment < 0 || distance < bestDistance) {
+            bestSegment = k;
+            best = p;
+            bestDistance = distance;
+        }
+    }
+    if (bestSegment < 0)
+        return;
+    j->FPoints.back() = best;
+    j->FDstCrossInfo.Lo = uint16_t(bestSegment + 1);
+    list.PathChanged(j);
+}
+
 } // namespace
 
 // ---- finding what lies under the mouse ---------------------------------------------------------
@@ -495,6 +559,8 @@ void TDiagContainer::DirectMouseMove(TShiftState Shift, TPoint P) {
             return;
         FUndoStack->BeginStep(TDiagContainer::tr("Resize"));
         d.Kind = TDirectEditing::gkResize;
+        if (d.Block)
+            d.Landed = JunctionsOn(*ConList, ConList->ConnectionsAt(d.Block));
         [[fallthrough]];
     case TDirectEditing::gkResize:
         TDirectEditing::ResizeStep(*this, P);
@@ -835,6 +901,9 @@ void TDirectEditing::BeginMove(TDiagContainer& C) {
             else
                 d.Outer.push_back(w);
         }
+    std::vector<TDiagConnection*> moved = d.Inner;
+    moved.insert(moved.end(), d.Outer.begin(), d.Outer.end());
+    d.Landed = JunctionsOn(*C.ConList, moved);
 }
 
 void TDirectEditing::MoveBlocks(TDiagContainer& C, int DX, int DY) {
@@ -856,6 +925,8 @@ void TDirectEditing::MoveBlocks(TDiagContainer& C, int DX, int DY) {
     }
     for (TDiagConnection* w : d.Outer)
         RouteSquare(w);
+    for (TDiagConnection* j : d.Landed)
+        ReLand(*C.ConList, j);
     if (C.FParent)
         C.FParent->update();
 }
@@ -896,6 +967,8 @@ void TDirectEditing::ResizeStep(TDiagContainer& C, TPoint P) {
     }
     for (TDiagConnection* c : C.ConList->ConnectionsAt(d.Block))
         RouteSquare(c);
+    for (TDiagConnection* j : d.Landed)
+        ReLand(*C.ConList, j);
     C.SetHint(QStringLiteral("%1 x %2").arg(w).arg(h));
     if (C.FParent)
         C.FParent->update();
@@ -955,6 +1028,8 @@ void TDirectEditing::Cancel(TDiagContainer& C) {
             d.Block->SetBounds(d.ResizeFrom.Left, d.ResizeFrom.Top,
                                WrapSub(d.ResizeFrom.Right, d.ResizeFrom.Left),
                                WrapSub(d.ResizeFrom.Bottom, d.ResizeFrom.Top));
+        for (TDiagConnection* j : d.Landed)
+            ReLand(*C.ConList, j);
         C.FUndoStack->EndStep();
         break;
     case gkBand:

@@ -43,6 +43,9 @@ struct TDirectEditing {
     std::vector<QPointer<TDiagObject>> Moving;
     std::vector<TDiagConnection*> Inner;
     std::vector<TDiagConnection*> Outer;
+    // Wires that end on one of those (or on such a wire, and so on), each after the wire it
+    // ends on: their ends follow the segment they sit on.
+    std::vector<TDiagConnection*> Landed;
     // A resize: the block's bounds at the press.
     TRect ResizeFrom;
     // A wire: the route shown, and the target under the cursor.
