@@ -44,14 +44,6 @@ int64_t Reachable(double v) {
     return int64_t(std::clamp(v, double(-kQtReach), double(kQtReach)));
 }
 
-// The device pixel edge at logical v: round half up of s * v + d, as Qt rounds a fill's edges.
-// Fills reach here cut to the device, so the value is well within an int.
-int DeviceEdge(double s, double d, int64_t v) {
-    const double x = s * double(v) + d + 0.5;
-    const auto i = int64_t(x);
-    return int(double(i) > x ? i - 1 : i);
-}
-
 bool IsRaster(QPainter* p) {
     const int t = p->device() ? p->device()->devType() : 0;
     return t == QInternal::Image || t == QInternal::Widget || t == QInternal::Pixmap;
@@ -109,17 +101,24 @@ TPainterBackend::TArea TPainterBackend::Grown(const QRectF& area, int64_t margin
 }
 
 TPainterBackend::TArea TPainterBackend::DeviceArea(int64_t margin) const {
-    // While held and once known, the transform stays put (see FillPixels).
+    // While held and once known, the painter stays put (see FillPixels).
     const bool settled = FHeld && FMode.Known && FDeviceKnown;
-    if (!settled && (!FDeviceKnown || FPainter->deviceTransform() != FDeviceTransform)) {
+    if (!settled) {
         const QTransform& t = FPainter->deviceTransform();
-        FDeviceKnown = true;
-        FDeviceTransform = t;
-        FDevice = {-kQtReach, -kQtReach, kQtReach, kQtReach};
-        bool invertible = false;
-        const QTransform toLogical = t.inverted(&invertible);
-        if (const QPaintDevice* dev = TargetDevice(FPainter); dev && invertible)
-            FDevice = Grown(toLogical.mapRect(QRectF(0, 0, dev->width(), dev->height())), 0);
+        const QPaintDevice* dev = TargetDevice(FPainter);
+        const QSize size = dev ? QSize(dev->width(), dev->height()) : QSize();
+        if (!FDeviceKnown || t != FDeviceTransform || dev != FDeviceTarget ||
+            size != FDeviceSize) {
+            FDeviceKnown = true;
+            FDeviceTransform = t;
+            FDeviceTarget = dev;
+            FDeviceSize = size;
+            FDevice = {-kQtReach, -kQtReach, kQtReach, kQtReach};
+            bool invertible = false;
+            const QTransform toLogical = t.inverted(&invertible);
+            if (dev && invertible)
+                FDevice = Grown(toLogical.mapRect(QRectF(0, 0, size.width(), size.height())), 0);
+        }
     }
     const auto grow = [margin](int64_t v, int64_t by) {
         return std::clamp(v + by * margin, -kQtReach, kQtReach);
@@ -140,67 +139,85 @@ void TPainterBackend::Hold(bool on) {
     FMode.Known = false;
 }
 
-// Below 100% a pixel of the diagram is less than a device pixel: a fill keeps at least one
-// device pixel each way, so that a thin line neither vanishes nor, between zooms, changes
-// width. Unscaled painting fills what Qt's own fill of q would.
+// device = s * logical + d, or in 256ths when both are whole 256ths (every zoom step but 1/3
+// and 2/3), where the sums are exact.
+TAxisMap TAxisMap::Of(double s, double d) {
+    TAxisMap m;
+    m.S = s;
+    m.D = d;
+    const auto onGrid = [](double v) {
+        const double k = v * 256.0;
+        return std::abs(k) < 1e12 && k == std::floor(k);
+    };
+    m.Grid = onGrid(s) && onGrid(d) && s <= 64;
+    if (m.Grid) {
+        m.K = int64_t(s * 256);
+        m.G = int64_t(d * 256) + 128;
+    }
+    return m;
+}
+
+// The device edge at logical v: s * v + d rounded half up, as Qt rounds a fill's edges. Fills
+// reach here cut to the device, so the value is well within an int.
+int TAxisMap::Edge(int64_t v) const {
+    if (Grid)
+        return int((K * v + G) >> 8);
+    const double x = S * double(v) + D + 0.5;
+    const auto i = int64_t(x);
+    return int(double(i) > x ? i - 1 : i);
+}
+
+// The device pixels of logical [l, l + w), as first pixel and count. A thin run (a line's
+// width) is as wide wherever it lies, its width scaled and rounded half up, and never less
+// than one pixel; a longer one runs from edge to edge, so that what abuts stays abutting.
+std::pair<int, int> TAxisMap::Span(int64_t l, int64_t w) const {
+    const int a = Edge(l);
+    if (w <= kThinRun) {
+        const int n = Grid ? int((K * w + 128) >> 8) : int(std::floor(S * double(w) + 0.5));
+        return {a, std::max(n, 1)};
+    }
+    return {a, std::max(Edge(l + w) - a, 1)};
+}
+
+namespace {
+
+QRect MapFill(const QRect& q, const TAxisMap& x, const TAxisMap& y) {
+    const auto [l, w] = x.Span(q.x(), q.width());
+    const auto [t, h] = y.Span(q.y(), q.height());
+    return QRect(l, t, w, h);
+}
+
+} // namespace
+
+// A diagram pixel zoomed is a fraction of device pixels: a fill is laid on whole device pixels
+// by the rules of TAxisMap, so that lines keep one width and never vanish. Unscaled painting
+// fills what Qt's own fill of q would.
 void TPainterBackend::FillPixels(const QRect& q, const QColor& c) {
     if (FHeld && !FMode.Known) {
         // A held batch draws through this backend alone, so the painter's state stays put.
         FMode.Known = true;
         FMode.Wait = false;
-        FMode.Grid = false;
         const QTransform& t = FPainter->deviceTransform();
         if (FPainter->opacity() == 1.0 &&
             FPainter->compositionMode() == QPainter::CompositionMode_SourceOver) {
-            FMode.Sx = t.m11();
-            FMode.Sy = t.m22();
-            FMode.Dx = t.dx();
-            FMode.Dy = t.dy();
             if (t.type() == QTransform::TxScale && t.m11() > 0 && t.m22() > 0) {
                 FMode.Wait = true;
                 FMode.Scaled = true;
-                // A zoom step (a multiple of 1/256) maps in whole-number arithmetic, exactly
-                // as the rounding below.
-                const auto onGrid = [](double v) {
-                    const double k = v * 256.0;
-                    return std::abs(k) < 1e12 && k == std::floor(k);
-                };
-                FMode.Grid = onGrid(t.m11()) && onGrid(t.m22()) && onGrid(t.dx()) &&
-                             onGrid(t.dy()) && t.m11() <= 64 && t.m22() <= 64;
-                if (FMode.Grid) {
-                    FMode.Kx = int64_t(t.m11() * 256);
-                    FMode.Ky = int64_t(t.m22() * 256);
-                    FMode.Gx = int64_t(t.dx() * 256) + 128;
-                    FMode.Gy = int64_t(t.dy() * 256) + 128;
-                }
+                FMode.X = TAxisMap::Of(t.m11(), t.dx());
+                FMode.Y = TAxisMap::Of(t.m22(), t.dy());
             } else if (t.type() <= QTransform::TxTranslate && t.dx() == std::floor(t.dx()) &&
                        t.dy() == std::floor(t.dy()) && std::abs(t.dx()) < 1e9 &&
                        std::abs(t.dy()) < 1e9) {
                 FMode.Wait = true;
                 FMode.Scaled = false;
+                FMode.Ox = int(t.dx());
+                FMode.Oy = int(t.dy());
             }
         }
     }
     if (FHeld && FMode.Wait) {
-        QRect device;
-        if (FMode.Grid) {
-            // Scale and offset in 256ths: s * v + d + 1/2, floored, in whole numbers.
-            const auto edge = [](int64_t k, int64_t d, int64_t v) { return int((k * v + d) >> 8); };
-            const int l = edge(FMode.Kx, FMode.Gx, q.x()), t = edge(FMode.Ky, FMode.Gy, q.y());
-            const int r = std::max(edge(FMode.Kx, FMode.Gx, int64_t(q.x()) + q.width()), l + 1);
-            const int b = std::max(edge(FMode.Ky, FMode.Gy, int64_t(q.y()) + q.height()), t + 1);
-            device = QRect(l, t, r - l, b - t);
-        } else if (FMode.Scaled) {
-            const int l = DeviceEdge(FMode.Sx, FMode.Dx, q.x()),
-                      t = DeviceEdge(FMode.Sy, FMode.Dy, q.y());
-            const int r =
-                std::max(DeviceEdge(FMode.Sx, FMode.Dx, int64_t(q.x()) + q.width()), l + 1);
-            const int b =
-                std::max(DeviceEdge(FMode.Sy, FMode.Dy, int64_t(q.y()) + q.height()), t + 1);
-            device = QRect(l, t, r - l, b - t);
-        } else {
-            device = q.translated(int(FMode.Dx), int(FMode.Dy));
-        }
+        const QRect device =
+            FMode.Scaled ? MapFill(q, FMode.X, FMode.Y) : q.translated(FMode.Ox, FMode.Oy);
         if (!FWaiting.empty() && c != FWaitingColor)
             Flush();
         FWaitingColor = c;
@@ -211,11 +228,10 @@ void TPainterBackend::FillPixels(const QRect& q, const QColor& c) {
     const QTransform& t = FPainter->deviceTransform();
     if (t.type() == QTransform::TxScale && t.m11() > 0 && t.m22() > 0) {
         const double sx = t.m11(), sy = t.m22(), dx = t.dx(), dy = t.dy();
-        const int l = DeviceEdge(sx, dx, q.x()), top = DeviceEdge(sy, dy, q.y());
-        const int r = std::max(DeviceEdge(sx, dx, int64_t(q.x()) + q.width()), l + 1);
-        const int b = std::max(DeviceEdge(sy, dy, int64_t(q.y()) + q.height()), top + 1);
+        const QRect d = MapFill(q, TAxisMap::Of(sx, dx), TAxisMap::Of(sy, dy));
         // The device rectangle said in the painter's terms; Qt maps it back to whole pixels.
-        FPainter->fillRect(QRectF((l - dx) / sx, (top - dy) / sy, (r - l) / sx, (b - top) / sy), c);
+        FPainter->fillRect(
+            QRectF((d.x() - dx) / sx, (d.y() - dy) / sy, d.width() / sx, d.height() / sy), c);
         return;
     }
     FPainter->fillRect(q, c);

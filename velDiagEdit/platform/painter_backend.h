@@ -10,7 +10,9 @@
 
 #include <QColor>
 #include <QRect>
+#include <QSize>
 #include <QTransform>
+#include <utility>
 #include <vector>
 
 class QPainter;
@@ -24,6 +26,18 @@ VELDIAGEDIT_EXPORT QColor PaintedColor(const QPainter* painter, TColor c, TColor
 // Where painter's pixels really go: with redirection (a widget rendered into an image) that is
 // the engine's device, and the device transform maps onto it.
 VELDIAGEDIT_EXPORT const QPaintDevice* TargetDevice(const QPainter* painter);
+
+// How a scaled painter lays one axis of a fill on device pixels (see FillPixels).
+struct TAxisMap {
+    double S = 1, D = 0;
+    bool Grid = false;
+    int64_t K = 256, G = 128; // S and D + 1/2 in 256ths, when Grid
+
+    static TAxisMap Of(double s, double d);
+    int Edge(int64_t v) const;
+    std::pair<int, int> Span(int64_t l, int64_t w) const;
+    static constexpr int64_t kThinRun = 8;
+};
 
 class VELDIAGEDIT_EXPORT TPainterBackend : public ICanvasBackend {
 public:
@@ -63,13 +77,16 @@ private:
     bool FRaster;
     mutable bool FDeviceKnown = false;
     mutable QTransform FDeviceTransform;
+    // A kept backend serves the next paint with the same painter: the device may differ.
+    mutable const QPaintDevice* FDeviceTarget = nullptr;
+    mutable QSize FDeviceSize;
     mutable TArea FDevice{};
     bool FHeld = false;
     // How fills go while held, taken from the painter at the first one.
     struct {
-        bool Known = false, Wait = false, Scaled = false, Grid = false;
-        double Sx = 1, Sy = 1, Dx = 0, Dy = 0;
-        int64_t Kx = 256, Ky = 256, Gx = 128, Gy = 128;
+        bool Known = false, Wait = false, Scaled = false;
+        TAxisMap X, Y; // scaled
+        int Ox = 0, Oy = 0; // unscaled: the whole-pixel offset
     } FMode;
     // Waiting fills: device rectangles (before the painter's redirection), all of one colour.
     std::vector<QRect> FWaiting;
