@@ -286,6 +286,46 @@ TEST_F(PictureCache, RenderedAtAnOffsetTheSurfaceIsThatPaintedDirectly) {
     }
 }
 
+TEST_F(PictureCache, PartlyOutsideTheImageOrThePaintedRegionTheSurfaceIsThatPaintedDirectly) {
+    // Blocks cut by the image's left and top edge (the surface rendered at a negative offset),
+    // and by a paint region that covers half a block.
+    const QRegion half(QRect(0, 0, 70, 400));
+    for (const double z : {0.25, 0.5, 0.75, 1.25, 1.5, 2.0, 3.0, 4.0})
+        for (const QPoint at : {QPoint(-37, -41), QPoint(-5, -3), QPoint(-1, 0)}) {
+            dc->SetZoom(z);
+            const auto render = [&](bool on, const QRegion& region) {
+                SetPictureCacheEnabled(on);
+                QImage img(panel.size(), QImage::Format_ARGB32_Premultiplied);
+                img.fill(Qt::red);
+                panel.render(&img, at, region);
+                SetPictureCacheEnabled(true);
+                return img;
+            };
+            const std::string where = Zoom(z) + " at " + std::to_string(at.x());
+            ClearPictureCache();
+            const QImage direct = render(false, QRegion());
+            EXPECT_GT(Inked(direct), 1000) << where;
+            EXPECT_EQ(FirstDifference(direct, render(true, QRegion())), "") << where;
+            EXPECT_EQ(FirstDifference(direct, render(true, QRegion())), "") << where;
+            const QImage cut = render(false, half);
+            EXPECT_EQ(FirstDifference(cut, render(true, half)), "") << where;
+        }
+}
+
+TEST_F(PictureCache, ABlockSelectedOrLetGoIsNotShownFromItsOldPicture) {
+    for (const double z : {0.5, 1.5}) {
+        dc->SetZoom(z);
+        ClearPictureCache();
+        RenderWithCache(true);
+        for (const bool selected : {true, false, true}) {
+            a->SetSelected(selected);
+            orGate->SetSelected(!selected);
+            const QImage on = RenderWithCache(true);
+            EXPECT_EQ(FirstDifference(RenderWithCache(false), on), "") << Zoom(z);
+        }
+    }
+}
+
 TEST_F(PictureCache, ManyLooksAt400KeepThePixelsWithinTheBudget) {
     // One text block, 2,000 texts: each is a look of its own, 200 x 80 pixels at 400%, some
     // 64 KB a picture; together four times what the budget holds.

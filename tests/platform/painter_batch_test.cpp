@@ -197,6 +197,40 @@ TEST(PainterBatch, AtDevicePixelRatioTwoTheBatchedPictureIsThePlainOne) {
     ExpectBatchIsPlain(2, [](QPainter& p) { p.translate(3, 4); });
 }
 
+TEST(PainterBatch, WithAClipAFractionalOffsetOrARotationTheBatchedPictureIsThePlainOne) {
+    // The clip leaves some 3,000 pixels of the scene.
+    ExpectBatchIsPlain(
+        1, [](QPainter& p) { p.setClipRect(QRect(17, 9, 60, 50)); }, 0.4);
+    ExpectBatchIsPlain(
+        1,
+        [](QPainter& p) {
+            p.scale(0.5, 0.5);
+            p.setClipRect(QRect(17, 9, 60, 50));
+        },
+        0.2);
+    ExpectBatchIsPlain(1, [](QPainter& p) { p.translate(7.5, 5.25); });
+    ExpectBatchIsPlain(
+        1,
+        [](QPainter& p) {
+            p.translate(0.3, 0.7);
+            p.scale(0.75, 0.75);
+        },
+        0.75);
+    ExpectBatchIsPlain(
+        1, [](QPainter& p) { p.translate(-9, -4); }, 0.8);
+    ExpectBatchIsPlain(1, [](QPainter& p) {
+        p.translate(60, 0);
+        p.rotate(30);
+    });
+}
+
+TEST(PainterBatch, WithOpacityOrAnotherCompositionModeTheBatchedPictureIsThePlainOne) {
+    ExpectBatchIsPlain(
+        1, [](QPainter& p) { p.setOpacity(0.5); }, 0.5);
+    ExpectBatchIsPlain(
+        1, [](QPainter& p) { p.setCompositionMode(QPainter::CompositionMode_Multiply); });
+}
+
 TEST(PainterBatch, AWidgetRenderedAtAnOffsetPaintsTheSameBatchedOrNot) {
     for (const QPoint at : {QPoint(0, 0), QPoint(13, 9), QPoint(-4, 17)}) {
         const QImage plain = RenderWidget(false, 1, at);
