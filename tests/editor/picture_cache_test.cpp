@@ -8,9 +8,11 @@
 #include "common/test_util.h"
 
 #include "velDiagEdit/blocks/diag_text.h"
+#include "velDiagEdit/platform/dark_palette.h"
 #include "velDiagEdit/platform/picture_cache.h"
 
 #include <QPainter>
+#include <QScreen>
 #include <algorithm>
 #include <cstring>
 
@@ -323,6 +325,52 @@ TEST_F(PictureCache, ABlockSelectedOrLetGoIsNotShownFromItsOldPicture) {
             const QImage on = RenderWithCache(true);
             EXPECT_EQ(FirstDifference(RenderWithCache(false), on), "") << Zoom(z);
         }
+    }
+}
+
+TEST_F(PictureCache, ASurfaceFollowingItsPaletteIsNotShownFromPicturesOfTheOtherPalette) {
+    const QPalette light = panel.palette();
+    dc->SetFollowPalette(true);
+    for (const double z : {0.5, 2.0}) {
+        dc->SetZoom(z);
+        ClearPictureCache();
+        const QImage lit = RenderWithCache(true);
+        RenderWithCache(true);
+        panel.setPalette(DarkFusionPalette());
+        const QImage dark = RenderWithCache(true);
+        EXPECT_EQ(FirstDifference(RenderWithCache(false), dark), "") << Zoom(z);
+        EXPECT_NE(FirstDifference(lit, dark), "") << Zoom(z);
+        panel.setPalette(light);
+        const QImage back = RenderWithCache(true);
+        EXPECT_EQ(FirstDifference(RenderWithCache(false), back), "") << Zoom(z);
+        EXPECT_EQ(FirstDifference(lit, back), "") << Zoom(z);
+    }
+}
+
+TEST_F(PictureCache, OnTheScreenTheSurfaceIsThatPaintedDirectly) {
+    // The panel's own paint events into its window's backing store, read back from the screen.
+    const auto onScreen = [&](bool on) {
+        SetPictureCacheEnabled(on);
+        panel.repaint();
+        QCoreApplication::processEvents();
+        SetPictureCacheEnabled(true);
+        return panel.screen()->grabWindow(panel.winId()).toImage();
+    };
+    for (const double z : {0.5, 0.75, 2.0}) {
+        dc->SetZoom(z);
+        ClearPictureCache();
+        const QImage direct = onScreen(false);
+        ASSERT_FALSE(direct.isNull());
+        const uint64_t made = PictureCacheStats().Made;
+        const QImage first = onScreen(true);
+        const uint64_t hits = PictureCacheStats().Hits;
+        const QImage second = onScreen(true);
+        EXPECT_GT(PictureCacheStats().Hits, hits) << Zoom(z);
+        EXPECT_EQ(FirstDifference(direct, first), "") << Zoom(z);
+        EXPECT_EQ(FirstDifference(direct, second), "") << Zoom(z);
+        EXPECT_GT(Inked(direct), 5000) << Zoom(z);
+        // The paint events made pictures of the blocks and used them.
+        EXPECT_GT(PictureCacheStats().Made, made) << Zoom(z);
     }
 }
 
