@@ -107,8 +107,7 @@ TPainterBackend::TArea TPainterBackend::DeviceArea(int64_t margin) const {
         const QTransform& t = FPainter->deviceTransform();
         const QPaintDevice* dev = TargetDevice(FPainter);
         const QSize size = dev ? QSize(dev->width(), dev->height()) : QSize();
-        if (!FDeviceKnown || t != FDeviceTransform || dev != FDeviceTarget ||
-            size != FDeviceSize) {
+        if (!FDeviceKnown || t != FDeviceTransform || dev != FDeviceTarget || size != FDeviceSize) {
             FDeviceKnown = true;
             FDeviceTransform = t;
             FDeviceTarget = dev;

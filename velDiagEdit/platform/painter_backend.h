@@ -85,7 +85,7 @@ private:
     // How fills go while held, taken from the painter at the first one.
     struct {
         bool Known = false, Wait = false, Scaled = false;
-        TAxisMap X, Y; // scaled
+        TAxisMap X, Y;      // scaled
         int Ox = 0, Oy = 0; // unscaled: the whole-pixel offset
     } FMode;
     // Waiting fills: device rectangles (before the painter's redirection), all of one colour.
