@@ -390,6 +390,8 @@ TEST_F(PictureCache, ManyLooksAt400KeepThePixelsWithinTheBudget) {
     QImage img(240, 120, QImage::Format_RGB32);
     const auto paint = [&](bool on) {
         SetPictureCacheEnabled(on);
+        // Each a paint of its own, as the host's paint events are.
+        NotePicturePaint();
         img.fill(Qt::white);
         QPainter p(&img);
         p.setTransform(QTransform(4, 0, 0, 4, 8, 8));
@@ -422,6 +424,35 @@ TEST_F(PictureCache, ManyLooksAt400KeepThePixelsWithinTheBudget) {
     const QImage kept = paint(true);
     EXPECT_EQ(PictureCacheStats().Hits, s1.Hits + 1);
     EXPECT_EQ(FirstDifference(paint(false), kept), "");
+}
+
+TEST_F(PictureCache, OnePaintMakesAtMostItsShareOfNewPicturesAndPaintsTheRestDirectly) {
+    // 100 text blocks more, each with a text of its own: 100 new looks and more in one paint.
+    std::vector<TDiagText*> texts;
+    for (int i = 0; i < 100; ++i) {
+        auto* t = Place<TDiagText>(doText, 20 + (i % 10) * 60, 420 + (i / 10) * 70);
+        ASSERT_NE(t, nullptr);
+        t->SetTextValues(QStringLiteral("N%1").arg(i));
+        texts.push_back(t);
+    }
+    dc->SetZoom(0.5);
+    ClearPictureCache();
+    const QImage direct = RenderWithCache(false);
+    const TPictureCacheStats s0 = PictureCacheStats();
+    const QImage first = RenderWithCache(true);
+    const TPictureCacheStats s1 = PictureCacheStats();
+    EXPECT_EQ(s1.Made + s1.Refused - s0.Made - s0.Refused, uint64_t(kPicturesMadePerPaint));
+    EXPECT_EQ(FirstDifference(direct, first), "");
+    // The next paints make the rest, and then everything comes from pictures.
+    const QImage second = RenderWithCache(true);
+    const QImage third = RenderWithCache(true);
+    const TPictureCacheStats s3 = PictureCacheStats();
+    EXPECT_GT(s3.Made + s3.Refused, s1.Made + s1.Refused);
+    EXPECT_EQ(FirstDifference(direct, second), "");
+    EXPECT_EQ(FirstDifference(direct, third), "");
+    const QImage fourth = RenderWithCache(true);
+    EXPECT_EQ(PictureCacheStats().Made, s3.Made);
+    EXPECT_EQ(FirstDifference(direct, fourth), "");
 }
 
 namespace {

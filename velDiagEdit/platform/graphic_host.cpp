@@ -2,6 +2,7 @@
 
 #include "velDiagEdit/platform/colors.h"
 #include "velDiagEdit/platform/event_boundary.h"
+#include "velDiagEdit/platform/picture_cache.h"
 
 #include <QCoreApplication>
 #include <QMouseEvent>
@@ -310,6 +311,7 @@ void TGraphicHost::SetFollowPalette(bool Value) {
 }
 
 void TGraphicHost::Paint(QPaintEvent* e) {
+    NotePicturePaint();
     FPendingRects = 0;
     FWholePending = false;
     // The widget paints itself first, with this filter standing aside.

@@ -162,6 +162,7 @@ struct Cache {
     std::unordered_map<std::string, Look, Hash, std::equal_to<>> Looks;
     std::list<std::string> ByUse; // most recently used first
     TPictureCacheStats Stats;
+    int MadeInPaint = 0;
 
     void Touch(Look& l) { ByUse.splice(ByUse.begin(), ByUse, l.Use); }
 
@@ -333,6 +334,9 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
     bool kept = it != cache.Looks.end();
     Look* look = kept ? &it->second : nullptr;
     if (!look) {
+        if (cache.MadeInPaint >= kPicturesMadePerPaint)
+            return false;
+        ++cache.MadeInPaint;
         QImage overWhite(size, format), overBlack(size, format);
         overWhite.fill(0xFFFFFFFFu);
         overBlack.fill(0xFF000000u);
@@ -400,6 +404,10 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
     p.drawImage(QPointF(ix - rest.dx(), iy - rest.dy()), *picture);
     p.restore();
     return true;
+}
+
+void NotePicturePaint() {
+    TheCache().MadeInPaint = 0;
 }
 
 TPictureCacheStats PictureCacheStats() {

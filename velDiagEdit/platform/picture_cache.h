@@ -36,6 +36,11 @@ struct TPictureCacheStats {
 };
 
 VELDIAGEDIT_EXPORT TPictureCacheStats PictureCacheStats();
+// A new paint of a surface begins: up to kPicturesMadePerPaint pictures are made in it, the
+// other new looks painted directly, so a first paint of many looks never costs much more than
+// painting them directly. The graphic host calls it.
+VELDIAGEDIT_EXPORT void NotePicturePaint();
+constexpr int kPicturesMadePerPaint = 64;
 // On by default; off paints every control directly (for comparison and for tests).
 VELDIAGEDIT_EXPORT void SetPictureCacheEnabled(bool enabled);
 VELDIAGEDIT_EXPORT bool PictureCacheEnabled();
