@@ -136,6 +136,7 @@ void TPainterBackend::Hold(bool on) {
         Flush();
     FHeld = on && FRaster;
     FMode.Known = false;
+    FLastColor.Known = false;
 }
 
 // device = s * logical + d, or in 256ths when both are whole 256ths (every zoom step but 1/3
@@ -372,7 +373,13 @@ void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool
 }
 
 QColor TPainterBackend::Color(TColor c, TColorUse use) const {
-    return PaintedColor(FPainter, c, use);
+    // Within a held batch the palette lent to the painter stays: the last answer holds.
+    if (FHeld && FLastColor.Known && FLastColor.From == c && FLastColor.Use == use)
+        return FLastColor.To;
+    const QColor to = PaintedColor(FPainter, c, use);
+    if (FHeld)
+        FLastColor = {true, c, use, to};
+    return to;
 }
 
 void TPainterBackend::Line(TPoint from, TPoint to, const TPen& pen) {

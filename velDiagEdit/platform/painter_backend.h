@@ -88,6 +88,12 @@ private:
         TAxisMap X, Y;      // scaled
         int Ox = 0, Oy = 0; // unscaled: the whole-pixel offset
     } FMode;
+    mutable struct {
+        bool Known = false;
+        TColor From = 0;
+        TColorUse Use = cuPen;
+        QColor To;
+    } FLastColor;
     // Waiting fills: device rectangles (before the painter's redirection), all of one colour.
     std::vector<QRect> FWaiting;
     QColor FWaitingColor;
