@@ -466,3 +466,67 @@ TEST(KeptCanvas, APaintIntoALargerImageDrawsAllOfItAfterOneIntoASmallImage) {
     RenderInto(w, QSize(30, 20));
     EXPECT_EQ(FirstDifference(whole, RenderInto(w, QSize(120, 90))), "");
 }
+
+// A box drawn zoomed, as a block draws its frame: clipped to the box (a block's control) and
+// held in a batch. Whatever the zoom and where the box lies within a device pixel, the frame
+// closes it: along the middle row and column the outermost pixels of the box are the frame's,
+// never the fill's, and the frame shows on all four sides.
+TEST(ZoomedFrames, AFrameClosesItsBoxOnEverySideAtEveryZoom) {
+    const QRgb frame = qRgb(0, 0, 255), fill = qRgb(192, 192, 192);
+    // Room for the box at 300% and its largest shift.
+    constexpr int kSide = 260;
+    int checked = 0;
+    for (const double z : {0.25, 1.0 / 3, 0.5, 2.0 / 3, 0.75, 1.25, 1.5, 3.0})
+        for (const int pen : {1, 2})
+            for (int shift = 0; shift < 6; ++shift) {
+                QImage img(kSide, kSide, QImage::Format_RGB32);
+                img.fill(Qt::white);
+                QPainter p(&img);
+                p.scale(z, z);
+                p.translate(7 + shift, 5 + 2 * shift);
+                p.setClipRect(QRect(0, 0, 60, 45), Qt::IntersectClip);
+                {
+                    TCanvas c;
+                    c.SetHandle(&img);
+                    const TPaintScope scope(&img, &p);
+                    const TCanvasBatch batch(&c);
+                    c.Pen = {pen, 0xFF0000, psSolid}; // TColor is BGR: blue
+                    c.Brush = {0xC0C0C0, bsSolid};
+                    c.Rectangle(0, 0, 60, 45);
+                }
+                p.end();
+                const std::string where = "zoom " + std::to_string(z) + " pen " +
+                                          std::to_string(pen) + " shift " + std::to_string(shift);
+                // The box's pixels along a row and a column through its middle.
+                const auto ends = [&](bool row, int at) {
+                    int first = -1, last = -1;
+                    for (int i = 0; i < kSide; ++i) {
+                        const QRgb v = row ? img.pixel(i, at) : img.pixel(at, i);
+                        if (v == frame || v == fill) {
+                            if (first < 0)
+                                first = i;
+                            last = i;
+                        }
+                    }
+                    return std::pair{first, last};
+                };
+                int midX = -1, midY = -1;
+                for (int i = 0; i < kSide && (midX < 0 || midY < 0); ++i)
+                    for (int j = 0; j < kSide; ++j)
+                        if (img.pixel(i, j) == fill) {
+                            midX = i + 2;
+                            midY = j + 2;
+                            break;
+                        }
+                ASSERT_GE(midX, 0) << where;
+                const auto [l, r] = ends(true, midY);
+                const auto [t, b] = ends(false, midX);
+                ASSERT_GE(l, 0) << where;
+                EXPECT_EQ(img.pixel(l, midY), frame) << where << " left";
+                EXPECT_EQ(img.pixel(r, midY), frame) << where << " right";
+                EXPECT_EQ(img.pixel(midX, t), frame) << where << " top";
+                EXPECT_EQ(img.pixel(midX, b), frame) << where << " bottom";
+                ++checked;
+            }
+    EXPECT_EQ(checked, 8 * 2 * 6);
+}

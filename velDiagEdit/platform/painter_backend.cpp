@@ -170,20 +170,41 @@ int TAxisMap::Edge(int64_t v) const {
 // The device pixels of logical [l, l + w), as first pixel and count. A thin run (a line's
 // width) is as wide wherever it lies, its width scaled and rounded half up, and never less
 // than one pixel; a longer one runs from edge to edge, so that what abuts stays abutting.
-std::pair<int, int> TAxisMap::Span(int64_t l, int64_t w) const {
-    const int a = Edge(l);
+std::pair<int, int> TAxisMap::Span(int64_t l, int64_t w, bool atEnd) const {
+    int a = Edge(l);
     if (w <= kThinRun) {
-        const int n = Grid ? int((K * w + 128) >> 8) : int(std::floor(S * double(w) + 0.5));
-        return {a, std::max(n, 1)};
+        int n = Grid ? int((K * w + 128) >> 8) : int(std::floor(S * double(w) + 0.5));
+        n = std::max(n, 1);
+        if (atEnd)
+            a = Edge(l + w) - n;
+        // A block's frame at its right edge would start on the first device pixel the clip
+        // leaves out: it is drawn on the last one inside instead.
+        if (Clipped && l < ClipR && l + w > ClipL && n <= DevR - DevL) {
+            if (a + n > DevR)
+                a = DevR - n;
+            if (a < DevL)
+                a = DevL;
+        }
+        return {a, n};
     }
     return {a, std::max(Edge(l + w) - a, 1)};
 }
 
+void TAxisMap::SetClip(double lo, double hi) {
+    if (!(std::abs(lo) < 1e9 && std::abs(hi) < 1e9))
+        return;
+    ClipL = std::llround(lo);
+    ClipR = std::llround(hi);
+    DevL = Edge(ClipL);
+    DevR = Edge(ClipR);
+    Clipped = DevR > DevL;
+}
+
 namespace {
 
-QRect MapFill(const QRect& q, const TAxisMap& x, const TAxisMap& y) {
-    const auto [l, w] = x.Span(q.x(), q.width());
-    const auto [t, h] = y.Span(q.y(), q.height());
+QRect MapFill(const QRect& q, const TAxisMap& x, const TAxisMap& y, bool endX, bool endY) {
+    const auto [l, w] = x.Span(q.x(), q.width(), endX);
+    const auto [t, h] = y.Span(q.y(), q.height(), endY);
     return QRect(l, t, w, h);
 }
 
@@ -192,7 +213,7 @@ QRect MapFill(const QRect& q, const TAxisMap& x, const TAxisMap& y) {
 // A diagram pixel zoomed is a fraction of device pixels: a fill is laid on whole device pixels
 // by the rules of TAxisMap, so that lines keep one width and never vanish. Unscaled painting
 // fills what Qt's own fill of q would.
-void TPainterBackend::FillPixels(const QRect& q, const QColor& c) {
+void TPainterBackend::FillPixels(const QRect& q, const QColor& c, bool endX, bool endY) {
     if (FHeld && !FMode.Known) {
         // A held batch draws through this backend alone, so the painter's state stays put.
         FMode.Known = true;
@@ -205,6 +226,11 @@ void TPainterBackend::FillPixels(const QRect& q, const QColor& c) {
                 FMode.Scaled = true;
                 FMode.X = TAxisMap::Of(t.m11(), t.dx());
                 FMode.Y = TAxisMap::Of(t.m22(), t.dy());
+                if (FPainter->hasClipping()) {
+                    const QRectF clip = FPainter->clipBoundingRect();
+                    FMode.X.SetClip(clip.left(), clip.right());
+                    FMode.Y.SetClip(clip.top(), clip.bottom());
+                }
             } else if (t.type() <= QTransform::TxTranslate && t.dx() == std::floor(t.dx()) &&
                        t.dy() == std::floor(t.dy()) && std::abs(t.dx()) < 1e9 &&
                        std::abs(t.dy()) < 1e9) {
@@ -216,8 +242,8 @@ void TPainterBackend::FillPixels(const QRect& q, const QColor& c) {
         }
     }
     if (FHeld && FMode.Wait) {
-        const QRect device =
-            FMode.Scaled ? MapFill(q, FMode.X, FMode.Y) : q.translated(FMode.Ox, FMode.Oy);
+        const QRect device = FMode.Scaled ? MapFill(q, FMode.X, FMode.Y, endX, endY)
+                                          : q.translated(FMode.Ox, FMode.Oy);
         if (!FWaiting.empty() && c != FWaitingColor)
             Flush();
         FWaitingColor = c;
@@ -228,7 +254,7 @@ void TPainterBackend::FillPixels(const QRect& q, const QColor& c) {
     const QTransform& t = FPainter->deviceTransform();
     if (t.type() == QTransform::TxScale && t.m11() > 0 && t.m22() > 0) {
         const double sx = t.m11(), sy = t.m22(), dx = t.dx(), dy = t.dy();
-        const QRect d = MapFill(q, TAxisMap::Of(sx, dx), TAxisMap::Of(sy, dy));
+        const QRect d = MapFill(q, TAxisMap::Of(sx, dx), TAxisMap::Of(sy, dy), endX, endY);
         // The device rectangle said in the painter's terms; Qt maps it back to whole pixels.
         FPainter->fillRect(
             QRectF((d.x() - dx) / sx, (d.y() - dy) / sy, d.width() / sx, d.height() / sy), c);
@@ -303,7 +329,8 @@ void TPainterBackend::Stamp(int64_t x, int64_t y, int w, const QColor& c, const 
 // A run of pixels from (x0, y0) to (x1, y1), stamped with the pen; the end pixel only when
 // includeEnd. Only the part that can reach the device is stepped, so the cost follows the
 // pixels drawn whatever the coordinates are.
-void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd) {
+void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd,
+                           bool endX, bool endY) {
     const int w = pen.Width < 1 ? 1 : pen.Width;
     const QColor c = Color(pen.Color, cuPen);
     const int off = w / 2;
@@ -321,7 +348,7 @@ void TPainterBackend::Span(int x0, int y0, int x1, int y1, const TPen& pen, bool
         const int64_t t = std::min<int64_t>(y0, ey), b = std::max<int64_t>(y0, ey);
         QRect q;
         if (ClipToArea(l - off, t - off, r - off + w, b - off + w, area, q))
-            FillPixels(q, c);
+            FillPixels(q, c, endX, endY);
         return;
     }
     const TArea area = ClipArea(int64_t(w) + 2);
@@ -446,8 +473,8 @@ void TPainterBackend::Rectangle(const TRect& r0, const TPen& pen, const TBrush& 
     }
     const int R = r.Right - 1, B = r.Bottom - 1;
     Span(r.Left, r.Top, R, r.Top, pen, true);
-    Span(R, r.Top, R, B, pen, true);
-    Span(r.Left, B, R, B, pen, true);
+    Span(R, r.Top, R, B, pen, true, true, false);
+    Span(r.Left, B, R, B, pen, true, false, true);
     Span(r.Left, r.Top, r.Left, B, pen, true);
 }
 

@@ -33,9 +33,16 @@ struct TAxisMap {
     bool Grid = false;
     int64_t K = 256, G = 128; // S and D + 1/2 in 256ths, when Grid
 
+    // The painter's clip on this axis (logical, and on the device as Qt rounds it): a thin run
+    // that meets it stays within it on the device.
+    bool Clipped = false;
+    int64_t ClipL = 0, ClipR = 0;
+    int DevL = 0, DevR = 0;
+
     static TAxisMap Of(double s, double d);
+    void SetClip(double lo, double hi);
     int Edge(int64_t v) const;
-    std::pair<int, int> Span(int64_t l, int64_t w) const;
+    std::pair<int, int> Span(int64_t l, int64_t w, bool atEnd = false) const;
     static constexpr int64_t kThinRun = 8;
 };
 
@@ -66,11 +73,14 @@ private:
     // the transform stays, so a fill does not pay for the clip's bookkeeping.
     TArea DeviceArea(int64_t margin) const;
     // Fills the painter-coordinate pixels q (already cut to an area).
-    void FillPixels(const QRect& q, const QColor& c);
+    // Zoomed, a thin run keeps to the device edge of its start or, with endX / endY, of its
+    // end (a frame's right and bottom lines keep to the edge of the box they close).
+    void FillPixels(const QRect& q, const QColor& c, bool endX = false, bool endY = false);
     // Sends the fills that wait; anything else drawn on the painter must come after them.
     void Flush();
     static bool ClipToArea(int64_t l, int64_t t, int64_t r, int64_t b, const TArea& a, QRect& out);
-    void Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd);
+    void Span(int x0, int y0, int x1, int y1, const TPen& pen, bool includeEnd, bool endX = false,
+              bool endY = false);
     void Stamp(int64_t x, int64_t y, int w, const QColor& c, const TArea& area);
     QColor Color(TColor c, TColorUse use) const;
     QPainter* FPainter;
