@@ -378,9 +378,12 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
                 const QRgb painted =
                     reinterpret_cast<const QRgb*>(over.constScanLine(at.y()))[at.x()];
                 // Over a see-through ground (a translucent window) the pixel would be blended
-                // once more when the picture goes out: that look is painted directly there.
-                if (qAlpha(painted) != 255)
-                    return false;
+                // once more when the picture goes out: over that ground the look is painted
+                // directly (kept as a null variant).
+                if (qAlpha(painted) != 255) {
+                    variant = QImage();
+                    break;
+                }
                 reinterpret_cast<QRgb*>(variant.scanLine(at.y()))[at.x()] = painted;
             }
             if (look->Variants.size() >= kMaxVariants) {
@@ -393,6 +396,8 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
             look->Variants.emplace_back(std::move(ground), std::move(variant));
             v = look->Variants.end() - 1;
         }
+        if (v->second.isNull())
+            return false;
         picture = &v->second;
     }
     if (kept)
