@@ -245,7 +245,13 @@ void TGraphicControl::PaintWith(QPainter& p) {
         return;
     p.save();
     p.translate(FGeometry.topLeft());
+    PaintAtOrigin(p);
+    p.restore();
+}
+
+bool TGraphicControl::PaintAtOrigin(QPainter& p) {
     p.setClipRect(rect(), Qt::IntersectClip);
+    const int errors = EventBoundaryErrorCount();
     {
         const TPaintScope scope(this, &p);
         // Drawing only through the canvas, the control's fills can go out together.
@@ -254,8 +260,8 @@ void TGraphicControl::PaintWith(QPainter& p) {
             batch.emplace(&FCanvas);
         RunInEventBoundary("paint", [this] { Paint(); });
     }
-    p.restore();
     FCanvas.ReleaseHandlePainter();
+    return EventBoundaryErrorCount() == errors;
 }
 
 int TGraphicControl::metric(PaintDeviceMetric m) const {

@@ -110,6 +110,10 @@ public:
     // Paints the control with the parent's painter, translated to the control and clipped to
     // it; the host calls it, and so can a picture of the diagram.
     void PaintWith(QPainter& painter);
+    // The part of PaintWith after placing the painter at the control's origin: clipped to the
+    // control, its canvas lent the painter (its fills held when it draws only on the canvas),
+    // Paint run. False when Paint raised; the event boundary has shown it.
+    bool PaintAtOrigin(QPainter& painter);
 
     QPaintEngine* paintEngine() const override { return nullptr; }
 

@@ -139,17 +139,17 @@ void TPainterBackend::Hold(bool on) {
     FLastColor.Known = false;
 }
 
-// device = s * logical + d, or in 256ths when both are whole 256ths (every zoom step but 1/3
-// and 2/3), where the sums are exact.
+bool OnGrid256(double v) {
+    const double k = v * 256.0;
+    return std::abs(k) < double(int64_t(1) << 40) && k == std::floor(k);
+}
+
+// device = s * logical + d, or in 256ths when both are whole 256ths, where the sums are exact.
 TAxisMap TAxisMap::Of(double s, double d) {
     TAxisMap m;
     m.S = s;
     m.D = d;
-    const auto onGrid = [](double v) {
-        const double k = v * 256.0;
-        return std::abs(k) < 1e12 && k == std::floor(k);
-    };
-    m.Grid = onGrid(s) && onGrid(d) && s <= 64;
+    m.Grid = OnGrid256(s) && OnGrid256(d) && s <= 64;
     if (m.Grid) {
         m.K = int64_t(s * 256);
         m.G = int64_t(d * 256) + 128;

@@ -27,6 +27,10 @@ VELDIAGEDIT_EXPORT QColor PaintedColor(const QPainter* painter, TColor c, TColor
 // the engine's device, and the device transform maps onto it.
 VELDIAGEDIT_EXPORT const QPaintDevice* TargetDevice(const QPainter* painter);
 
+// v is a whole number of 256ths (every zoom step but 1/3 and 2/3), and small enough that sums
+// of such values stay exact in a double.
+VELDIAGEDIT_EXPORT bool OnGrid256(double v);
+
 // How a scaled painter lays one axis of a fill on device pixels (see FillPixels).
 struct TAxisMap {
     double S = 1, D = 0;

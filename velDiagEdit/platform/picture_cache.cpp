@@ -132,6 +132,8 @@ private:
 // Pixels of a look that only partly cover what lies below (the smoothed edge of a glyph
 // outside its box); more than this and the look is painted directly.
 constexpr int kMaxPartial = 64;
+// Looks kept at most, however small their pictures.
+constexpr size_t kMaxLooks = 16384;
 // Variants of one look over different grounds under its partial pixels.
 constexpr size_t kMaxVariants = 8;
 
@@ -169,7 +171,7 @@ struct Cache {
     // Never the most recently used look: it is the one being painted.
     void MakeRoom(size_t bytes) {
         while (ByUse.size() > 1 &&
-               (Stats.Bytes + bytes > kPictureCacheBudget || Looks.size() >= 16384)) {
+               (Stats.Bytes + bytes > kPictureCacheBudget || Looks.size() >= kMaxLooks)) {
             auto it = Looks.find(ByUse.back());
             Stats.Bytes -= it->second.Bytes();
             Looks.erase(it);
@@ -201,40 +203,18 @@ Cache& TheCache() {
     return c;
 }
 
-// v * 256 is a whole number, and small enough that sums of such values stay exact.
-bool OnGrid(double v) {
-    const double s = v * 256.0;
-    return std::abs(s) < double(int64_t(1) << 40) && s == std::floor(s);
-}
-
-// Runs c's Paint through p (already placed and clipped); false when it raised, which the
-// event boundary has shown.
-bool RunPaint(TGraphicControl* c) {
-    const int errors = EventBoundaryErrorCount();
-    RunInEventBoundary("paint", [c] { c->Paint(); });
-    return EventBoundaryErrorCount() == errors;
-}
-
-// The control painted over `image` as PaintWith would paint it with the same painter
-// settings, shifted by a whole number of device pixels.
+// The control painted over `image` as PaintWith paints it with the same painter settings,
+// shifted by a whole number of device pixels.
 bool PaintOver(TGraphicControl* c, const QPainter& like, QImage& image, double scale,
                QPointF phase) {
     QPainter ip(&image);
     ip.setRenderHints(like.renderHints());
     ip.setLayoutDirection(like.layoutDirection());
     ip.setTransform(QTransform(scale, 0, 0, scale, phase.x(), phase.y()));
-    ip.setClipRect(c->rect(), Qt::IntersectClip);
     std::optional<TPaletteScope> colours;
     if (const QPalette* palette = TPaletteScope::PaletteFor(&like))
         colours.emplace(&ip, *palette);
-    bool ok;
-    {
-        const TPaintScope scope(c, &ip);
-        const TCanvasBatch batch(c->Canvas());
-        ok = RunPaint(c);
-    }
-    c->Canvas()->ReleaseHandlePainter();
-    return ok;
+    return c->PaintAtOrigin(ip);
 }
 
 // Painting is per pixel: a covered pixel comes out the same over any ground, an untouched
@@ -285,6 +265,11 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
     Cache& cache = TheCache();
     if (!cache.Enabled || c->Canvas()->Backend())
         return false;
+    // The scale first: an unscaled paint (every paint at 100%) leaves here at once.
+    const QTransform& t = p.deviceTransform();
+    const double s = t.m11();
+    if (t.type() != QTransform::TxScale || s != t.m22() || !(s > 0) || s > 16 || !OnGrid256(s))
+        return false;
     const QPaintDevice* target = TargetDevice(&p);
     if (!target || target->devType() != QInternal::Image)
         return false;
@@ -293,16 +278,12 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
     if ((format != QImage::Format_RGB32 && format != QImage::Format_ARGB32_Premultiplied) ||
         image->devicePixelRatio() != 1.0)
         return false;
-    const QTransform& t = p.deviceTransform();
-    const double s = t.m11();
-    if (t.type() != QTransform::TxScale || s != t.m22() || !(s > 0) || s > 16 || !OnGrid(s))
-        return false;
     if (p.opacity() != 1.0 || p.compositionMode() != QPainter::CompositionMode_SourceOver ||
         p.backgroundMode() != Qt::TransparentMode)
         return false;
     // The control's origin on the device; its whole pixel and what is left of it.
     const double ox = s * c->x() + t.dx(), oy = s * c->y() + t.dy();
-    if (!OnGrid(ox) || !OnGrid(oy))
+    if (!OnGrid256(ox) || !OnGrid256(oy))
         return false;
     const double ix = std::floor(ox), iy = std::floor(oy);
     const QPointF phase(ox - ix, oy - iy);
@@ -324,10 +305,12 @@ bool PaintFromPictureCache(TGraphicControl* c, QPainter& p) {
     {
         TKeyBackend keyer(&p, key);
         c->Canvas()->SetBackend(&keyer);
-        const bool ok = RunPaint(c);
+        const int errors = EventBoundaryErrorCount();
+        RunInEventBoundary("paint", [c] { c->Paint(); });
         c->Canvas()->SetBackend(nullptr);
-        if (!ok)
-            return true; // the error is shown; a direct paint would only raise it again
+        // The error is shown; a direct paint would only raise it again.
+        if (EventBoundaryErrorCount() != errors)
+            return true;
     }
 
     auto it = cache.Looks.find(key.View());
